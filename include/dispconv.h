@@ -1,0 +1,248 @@
+/*
+ * dispconv: display-path pixel kernels for video players.
+ *
+ * A host decodes a frame (planar YV12 or packed YUY2), locks a display surface and calls one
+ * kernel, which writes the picture into the surface in the surface's pixel format, optionally
+ * stretched, colour-adjusted and mixed with a sub-picture. Every result is defined to the bit.
+ *
+ * Conventions shared by every kernel:
+ *  - Kernels return nothing, allocate nothing and check almost nothing: the caller guarantees
+ *    sizes, strides and the row padding stated in each kernel's comment. Widths and heights that
+ *    are not a whole number of blocks are rounded up: the last block of a row reads and writes up
+ *    to one block less one pixel beyond `width`, and an odd `height` processes one more row.
+ *    Zero counts still process one block / row pair (loops test their counters at the bottom).
+ *  - Source strides of the common frame signature count pixels (luma samples); destination
+ *    strides count bytes. Strides are signed: a negative `dst_stride` with `dst` at the last row
+ *    writes a bottom-up surface.
+ *  - Kernels whose names end in `_ajust` / `_adjust` take the picture adjustment from the
+ *    process-wide adjust constants loaded by get_contrast_data(); all five are zero until the
+ *    first call, which turns every adjusted sample to 0.
+ *  - The 16-bit RGB kernels read `rgb16_layout` (0: 5-6-5, 1: 5-5-5 with bit 0 clear, 2: 6-6-4,
+ *    3: 6-5-5) and return without writing for any other value (compared unsigned).
+ *  - Kernels are reentrant and may run on several threads at once on different buffers.
+ *
+ * The records below are laid out in 32-bit words on 32-bit targets exactly as the interface
+ * defines them (MIX_INFO is 76 bytes, tagVideoFrame 136). On 64-bit targets the pointer fields
+ * widen to 8 bytes and the compiler's natural alignment applies; the offsets are checked below
+ * for both cases.
+ */
+#ifndef DISPCONV_H
+#define DISPCONV_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(DISPCONV_STATIC)
+#define DISPCONV_API
+#elif defined(_WIN32)
+#if defined(DISPCONV_BUILDING)
+#define DISPCONV_API __declspec(dllexport)
+#else
+#define DISPCONV_API __declspec(dllimport)
+#endif
+#else
+#define DISPCONV_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ------------------------------------------------------------------------------------------ */
+/* Records                                                                                     */
+/* ------------------------------------------------------------------------------------------ */
+
+/* The host's picture settings. get_contrast_data() reads fields 1 to 8 (their low 16 bits);
+ * the 16-bit RGB kernels read rgb16_layout; loadimage_yv12_ajust reads the last two. */
+typedef struct ajust_contrast_info {
+    int32_t luma_gain;         /* luma multiplier in 1/64 (64 = unchanged); keep within 0..257 */
+    int32_t chroma_gain;       /* chroma multiplier in 1/64, about zero (not about 128) */
+    int32_t luma_offset;       /* added to luma after scaling, with luma_offset_extra */
+    int32_t u_offset;          /* added to U after scaling, with u_offset_extra */
+    int32_t v_offset;          /* added to V after scaling, with v_offset_extra */
+    int32_t luma_offset_extra;
+    int32_t u_offset_extra;
+    int32_t v_offset_extra;
+    int32_t rgb16_layout;      /* 16-bit RGB layout selector 0..3 */
+    int32_t reserved;          /* read by no kernel */
+    int32_t dst_plane_height;  /* loadimage_yv12_ajust: places the destination chroma planes */
+    int32_t dst_luma_height;   /* loadimage_yv12_ajust: places the destination chroma planes */
+} ajust_contrast_info;
+
+/* One sub-picture job. The sub-picture is four byte planes: opacity (0..16), Y, and 4:2:2 V
+ * and U (one byte per horizontal pixel pair, one row per pixel row, row distance
+ * sub_stride / 2). Several kernels advance the pointer fields and count `height` down in the
+ * record itself: refill it before every call. */
+typedef struct MIX_INFO {
+    int32_t frame_stride;   /* main frame Y row distance in bytes; its U and V use half */
+    int32_t sub_stride;     /* sub-picture opacity and Y row distance; its U and V use half */
+    int32_t image_stride;   /* row distance of `image` in bytes */
+    int32_t width;          /* pixels per row of the area */
+    int32_t height;         /* rows of the area */
+    uint8_t *frame_y;       /* main frame planes (YV12; note V before U) */
+    uint8_t *frame_v;
+    uint8_t *frame_u;
+    uint8_t *sub_opacity;   /* sub-picture planes (note V before U) */
+    uint8_t *sub_y;
+    uint8_t *sub_v;
+    uint8_t *sub_u;
+    uint8_t *image;         /* surface written by the mixers, RGB bitmap read by preparation */
+    uint8_t *image_u;       /* YV12 output chroma planes (note U before V) */
+    uint8_t *image_v;
+    uint32_t color_key;     /* transparent colour of an RGB sub-picture */
+    int32_t reserved1;      /* read by no kernel */
+    int32_t reserved2;      /* read by no kernel */
+    ajust_contrast_info *surface_format; /* only rgb16_layout is read, by the RGB16 kernels */
+} MIX_INFO;
+
+/* The decoder's frame descriptor; strech_opt_yuy2_ajust reads five fields and nothing else. */
+typedef struct tagVideoFrame {
+    int32_t reserved_words_1_11[11];
+    int32_t frame_structure;   /* 1: two interlaced fields, stretch one; else progressive */
+    int32_t reserved_words_13_24[12];
+    uint8_t *plane_y;          /* luma plane, rows frame_width bytes apart (no padding) */
+    uint8_t *plane_u;          /* chroma planes, rows frame_width / 2 bytes apart */
+    uint8_t *plane_v;
+    int32_t reserved_words_28_33[6];
+    int32_t frame_width;       /* width in pixels, and the luma row distance in bytes */
+} tagVideoFrame;
+
+#if defined(__cplusplus)
+#define DISPCONV_STATIC_ASSERT(cond, msg) static_assert(cond, msg)
+#elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
+#define DISPCONV_STATIC_ASSERT(cond, msg) _Static_assert(cond, msg)
+#else
+#define DISPCONV_ASSERT_JOIN2(a, b) a##b
+#define DISPCONV_ASSERT_JOIN(a, b) DISPCONV_ASSERT_JOIN2(a, b)
+#define DISPCONV_STATIC_ASSERT(cond, msg) \
+    typedef char DISPCONV_ASSERT_JOIN(dispconv_layout_check_, __LINE__)[(cond) ? 1 : -1]
+#endif
+
+DISPCONV_STATIC_ASSERT(sizeof(ajust_contrast_info) == 48, "ajust_contrast_info is 12 words");
+DISPCONV_STATIC_ASSERT(offsetof(ajust_contrast_info, rgb16_layout) == 32, "rgb16_layout is word 9");
+DISPCONV_STATIC_ASSERT(offsetof(ajust_contrast_info, dst_luma_height) == 44, "word 12");
+
+#if UINTPTR_MAX == 0xFFFFFFFFu
+/* 32-bit targets: the exact 32-bit-word layout. */
+DISPCONV_STATIC_ASSERT(sizeof(MIX_INFO) == 76, "MIX_INFO is 19 words");
+DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, frame_y) == 20, "MIX_INFO word 6");
+DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, image_v) == 56, "MIX_INFO word 15");
+DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, color_key) == 60, "MIX_INFO word 16");
+DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, surface_format) == 72, "MIX_INFO word 19");
+DISPCONV_STATIC_ASSERT(sizeof(tagVideoFrame) == 136, "tagVideoFrame is 34 words");
+DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, frame_structure) == 44, "word 12");
+DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, plane_y) == 96, "word 25");
+DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, plane_v) == 104, "word 27");
+DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, frame_width) == 132, "word 34");
+#elif UINTPTR_MAX == 0xFFFFFFFFFFFFFFFFu
+/* 64-bit targets: pointers are 8 bytes with natural alignment. */
+DISPCONV_STATIC_ASSERT(sizeof(MIX_INFO) == 128, "MIX_INFO on 64-bit targets");
+DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, frame_y) == 24, "MIX_INFO frame_y");
+DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, image_v) == 96, "MIX_INFO image_v");
+DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, color_key) == 104, "MIX_INFO color_key");
+DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, surface_format) == 120, "MIX_INFO surface_format");
+DISPCONV_STATIC_ASSERT(sizeof(tagVideoFrame) == 152, "tagVideoFrame on 64-bit targets");
+DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, frame_structure) == 44, "frame_structure");
+DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, plane_y) == 96, "plane_y");
+DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, plane_v) == 112, "plane_v");
+DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, frame_width) == 144, "frame_width");
+#endif
+
+/* ------------------------------------------------------------------------------------------ */
+/* Picture adjustment                                                                          */
+/* ------------------------------------------------------------------------------------------ */
+
+/* Loads the five adjust constants from an ajust_contrast_info (fields 1 to 8, low 16 bits,
+ * offset sums wrapping in 16 bits). Per sample the adjusting kernels then compute
+ * clamp255(sat16(((x * gain) mod 65536) >> 6 + offset)); for chroma gain g an offset of
+ * 128 - 128 * g / 64 keeps grey at 128. */
+DISPCONV_API void get_contrast_data(void *settings);
+
+/* ------------------------------------------------------------------------------------------ */
+/* Frame loading: the common signature                                                         */
+/*   (src_y, src_u, src_v, dst, width, height, src_stride, dst_stride, adjust)                 */
+/* src_stride counts pixels (a packed YUY2 source row is 2 * src_stride bytes, planar chroma   */
+/* rows are src_stride / 2 bytes); dst_stride counts bytes. Rows go in pairs, so an odd height */
+/* writes height + 1 rows and height 0 writes two. `adjust` may be null except where stated.   */
+/* ------------------------------------------------------------------------------------------ */
+
+#define DISPCONV_FRAME_SIGNATURE                                                        \
+    (void *src_y, void *src_u, void *src_v, void *dst, int32_t width, int32_t height,  \
+     int32_t src_stride, int32_t dst_stride, ajust_contrast_info *adjust)
+
+/* Packed YUY2 to YUY2, 8-pixel blocks. Each odd row takes the chroma of the row above it.
+ * Padding: up to 7 pixels (14 bytes) beyond width on every source and destination row; the
+ * next row pair still starts exactly two pitches on. */
+DISPCONV_API void LoadYUY2_YUY2 DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void LoadYUY2_YUY2_adjust DISPCONV_FRAME_SIGNATURE;
+
+/* Packed YUY2 to RGB32 (B, G, R, 0), RGB24 (B, G, R) or 16-bit RGB, 16-pixel blocks, BT.601
+ * video range, odd rows with the chroma of the row above. Padding: up to 15 pixels beyond width
+ * on every source and destination row. The RGB16 kernels read adjust->rgb16_layout (adjust
+ * must not be null). */
+DISPCONV_API void LoadYUY2_RGB32 DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void LoadYUY2_RGB32_adjust DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void LoadYUY2_RGB24 DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void LoadYUY2_RGB24_adjust DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void LoadYUY2_RGB16 DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void LoadYUY2_RGB16_adjust DISPCONV_FRAME_SIGNATURE;
+
+/* Planar YV12 to YUY2. width must be a multiple of 16 (other widths drift right row by row).
+ * loadimage_yuy2 leaves the first 8 bytes of every 32-byte block of each odd destination row
+ *   unwritten.
+ * loadimage_yuy2_ajust writes nothing unless height is even and greater than 8.
+ * loadimage_yuy2_mono_ajust adjusts luma only and writes every chroma byte as 128; src_u and
+ *   src_v are never read and may be null.
+ * loadimage_half_yuy2_ajust writes width / 2 pixels per row (rounded averages of neighbouring
+ *   pairs), every source row giving one output row. */
+DISPCONV_API void loadimage_yuy2 DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void loadimage_yuy2_ajust DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void loadimage_yuy2_mono_ajust DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void loadimage_half_yuy2_ajust DISPCONV_FRAME_SIGNATURE;
+
+/* Planar YV12 to one YV12 surface at dst (Y plane, then V, then U).
+ * loadimage_yv12: the source luma pitch is taken as width, the destination chroma planes start
+ *   one byte before the end of the luma area (V at dst + height * dst_stride - 1, U a quarter
+ *   of the luma area after it), and the chroma copy handles height chroma rows per plane, so a
+ *   contiguous source whose V plane is followed by its U plane copies correctly.
+ * loadimage_yv12_ajust reads adjust->dst_plane_height and adjust->dst_luma_height to place the
+ *   chroma planes (adjust must not be null); the V plane takes the U offset and the U plane
+ *   the V offset. Source planes are read back to back (pitch = width rounded up to 8).
+ * loadimage_half_yv12_ajust keeps the odd samples of each row (width / 2 per row), planes back
+ *   to back from dst. */
+DISPCONV_API void loadimage_yv12 DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void loadimage_yv12_ajust DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void loadimage_half_yv12_ajust DISPCONV_FRAME_SIGNATURE;
+
+/* Planar YV12 to RGB32, RGB24 or 16-bit RGB, 16-pixel blocks; width must be a multiple of 16.
+ * The RGB16 kernels read adjust->rgb16_layout (adjust must not be null). */
+DISPCONV_API void loadimage_rgb32 DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void loadimage_rgb32_ajust DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void loadimage_rgb24 DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void loadimage_rgb24_ajust DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void loadimage_rgb16 DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void loadimage_rgb16_ajust DISPCONV_FRAME_SIGNATURE;
+
+/* ------------------------------------------------------------------------------------------ */
+/* Stretching                                                                                  */
+/* ------------------------------------------------------------------------------------------ */
+
+/* (stretching kernels) */
+
+/* ------------------------------------------------------------------------------------------ */
+/* Sub-picture preparation and colour key                                                      */
+/* ------------------------------------------------------------------------------------------ */
+
+/* (sub-picture kernels) */
+
+/* ------------------------------------------------------------------------------------------ */
+/* Sub-picture mixing                                                                          */
+/* ------------------------------------------------------------------------------------------ */
+
+/* (mixing kernels) */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* DISPCONV_H */

@@ -1,0 +1,77 @@
+// Chooses the kernel table once, from the CPU's features.
+#include "core/kernel_table.hpp"
+
+namespace dispconv {
+
+#define DISPCONV_DECLARE_ISA_TABLES(isa)          \
+    const LoadKernels* load_kernels_##isa();       \
+    const StretchKernels* stretch_kernels_##isa(); \
+    const SubpictureKernels* subpicture_kernels_##isa(); \
+    const MixKernels* mix_kernels_##isa();
+#define DISPCONV_ISA_TABLE(isa) \
+    KernelTable{load_kernels_##isa(), stretch_kernels_##isa(), subpicture_kernels_##isa(), mix_kernels_##isa()}
+
+DISPCONV_DECLARE_ISA_TABLES(portable)
+
+namespace {
+
+const KernelTable portable_table = DISPCONV_ISA_TABLE(portable);
+
+bool cpu_supports(Isa isa) {
+    switch (isa) {
+        case Isa::portable:
+            return true;
+#if defined(__x86_64__) || defined(__i386__)
+        case Isa::sse2:
+            return __builtin_cpu_supports("sse2");
+        case Isa::avx2:
+            return __builtin_cpu_supports("avx2");
+#endif
+        default:
+            return false;
+    }
+}
+
+const KernelTable* built_table(Isa isa) {
+    switch (isa) {
+        case Isa::portable:
+            return &portable_table;
+        default:
+            return nullptr;
+    }
+}
+
+}  // namespace
+
+const char* isa_name(Isa isa) {
+    switch (isa) {
+        case Isa::portable:
+            return "portable";
+        case Isa::sse2:
+            return "sse2";
+        case Isa::avx2:
+            return "avx2";
+    }
+    return "unknown";
+}
+
+const KernelTable* kernel_table(Isa isa) {
+    const KernelTable* table = built_table(isa);
+    return table && cpu_supports(isa) ? table : nullptr;
+}
+
+Isa active_isa() {
+    static const Isa chosen = [] {
+        for (int i = isa_count - 1; i > 0; --i)
+            if (kernel_table(static_cast<Isa>(i))) return static_cast<Isa>(i);
+        return Isa::portable;
+    }();
+    return chosen;
+}
+
+const KernelTable& active_kernels() {
+    static const KernelTable& chosen = *kernel_table(active_isa());
+    return chosen;
+}
+
+}  // namespace dispconv

@@ -1,0 +1,54 @@
+// Planar YV12 frame to RGB32, RGB24 or 16-bit RGB; one chroma row serves a row pair.
+#pragma once
+
+#include "load/rgb_pair.hpp"
+
+namespace dispconv::kernels {
+namespace {
+
+template <class V, class Format, class Adjust>
+void planar_to_rgb(const uint8_t* src_y, const uint8_t* src_u, const uint8_t* src_v, uint8_t* dst,
+                   int32_t width, int32_t height, int32_t src_stride, int32_t dst_stride,
+                   const ajust_contrast_info* adjust) {
+    Rgb16Layout layout;
+    if (!destination_layout<Format>(adjust, layout)) return;
+    const AdjustConstants a = adjust_snapshot<Adjust>();
+    constexpr int bpp = Format::bytes_per_pixel;
+    const uint32_t blocks = loop_count(width, rgb_block);
+    const ptrdiff_t y_next = drift_step(blocks, rgb_block, width, 2 * ptrdiff_t(src_stride));
+    const ptrdiff_t c_next = drift_step(blocks, rgb_block / 2, 0, (src_stride - width) >> 1);
+    const ptrdiff_t d_next = drift_step(blocks, rgb_block * bpp, width * bpp, 2 * ptrdiff_t(dst_stride));
+
+    for (uint32_t pair = loop_count(height, 2); pair--;
+         src_y += y_next, src_u += c_next, src_v += c_next, dst += d_next) {
+        for (uint32_t i = 0; i < blocks; ++i) {
+            uint8_t y_top[rgb_block], y_bottom[rgb_block], u[rgb_block / 2], v[rgb_block / 2];
+            V::copy(src_y + i * rgb_block, y_top, rgb_block);
+            V::copy(src_y + src_stride + i * rgb_block, y_bottom, rgb_block);
+            V::copy(src_u + i * rgb_block / 2, u, rgb_block / 2);
+            V::copy(src_v + i * rgb_block / 2, v, rgb_block / 2);
+            uint8_t* d = dst + i * rgb_block * bpp;
+            rgb_pair_block<V, Format, Adjust>(y_top, y_bottom, u, v, d, d + dst_stride, a, layout);
+        }
+    }
+}
+
+#define DISPCONV_PLANAR_TO_RGB(name, Format, Adjust)                                             \
+    template <class V>                                                                           \
+    void name(void* src_y, void* src_u, void* src_v, void* dst, int32_t width, int32_t height,   \
+              int32_t src_stride, int32_t dst_stride, ajust_contrast_info* adjust) {             \
+        planar_to_rgb<V, Format, Adjust>(                                                        \
+            static_cast<const uint8_t*>(src_y), static_cast<const uint8_t*>(src_u),              \
+            static_cast<const uint8_t*>(src_v), static_cast<uint8_t*>(dst), width, height,       \
+            src_stride, dst_stride, adjust);                                                     \
+    }
+DISPCONV_PLANAR_TO_RGB(loadimage_rgb32, Rgb32, Plain)
+DISPCONV_PLANAR_TO_RGB(loadimage_rgb32_ajust, Rgb32, Adjusted)
+DISPCONV_PLANAR_TO_RGB(loadimage_rgb24, Rgb24, Plain)
+DISPCONV_PLANAR_TO_RGB(loadimage_rgb24_ajust, Rgb24, Adjusted)
+DISPCONV_PLANAR_TO_RGB(loadimage_rgb16, Rgb16, Plain)
+DISPCONV_PLANAR_TO_RGB(loadimage_rgb16_ajust, Rgb16, Adjusted)
+#undef DISPCONV_PLANAR_TO_RGB
+
+}  // namespace
+}  // namespace dispconv::kernels

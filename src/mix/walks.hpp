@@ -1,0 +1,2 @@
+// Every mix walk, templated on the arithmetic vocabulary.
+#pragma once

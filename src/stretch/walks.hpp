@@ -1,0 +1,2 @@
+// Every stretch walk, templated on the arithmetic vocabulary.
+#pragma once

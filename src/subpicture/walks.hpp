@@ -1,0 +1,2 @@
+// Every subpicture walk, templated on the arithmetic vocabulary.
+#pragma once

@@ -1,0 +1,68 @@
+// The adjust constants as the kernels see them, through LoadYUY2_YUY2_adjust (which adjusts
+// every luma and chroma byte of row 0 and passes nothing else through).
+#include "support/test_support.hpp"
+
+namespace dispconv::test {
+namespace {
+
+// Adjusted value of one luma (Y0) and one U byte via a 16-pixel, two-row YUY2 frame.
+struct Adjusted {
+    uint8_t y, u, v;
+};
+Adjusted adjust_through_kernel(uint8_t y, uint8_t u, uint8_t v) {
+    uint8_t src[64], dst[64];
+    for (int i = 0; i < 64; i += 4) src[i] = y, src[i + 1] = u, src[i + 2] = y, src[i + 3] = v;
+    LoadYUY2_YUY2_adjust(src, nullptr, nullptr, dst, 16, 2, 16, 32, nullptr);
+    return {dst[0], dst[1], dst[3]};
+}
+
+// The all-zero start is checked in a process of its own (standalone/zero_constants.cpp).
+TEST(Adjust, SettingsArithmetic) {
+    struct Case {
+        ajust_contrast_info s;
+        uint8_t y_in, u_in, v_in;
+        Adjusted want;
+    };
+    ajust_contrast_info wrap = settings(64, 64, 30000);
+    wrap.luma_offset_extra = 30000;  // sums to -5536 in 16 bits
+    ajust_contrast_info split = settings(64, 64, 10, 0, 0);
+    split.luma_offset_extra = 5;
+    split.u_offset_extra = -3;
+    split.v_offset_extra = 0x10002;  // only the low 16 bits count: +2
+    const Case cases[] = {
+        {settings(), 200, 17, 240, {200, 17, 240}},             // neutral
+        {settings(128), 200, 128, 128, {255, 128, 128}},        // 400 saturates
+        {wrap, 200, 128, 128, {0, 128, 128}},                   // wrapped offset sum
+        {settings(64, 32, 0, 64, 0), 0, 128, 128, {0, 128, 64}},
+        {settings(64, 32, 0, 64, 0), 0, 255, 255, {0, 191, 127}},
+        {settings(300), 255, 128, 128, {171, 128, 128}},        // product wraps at 16 bits
+        {settings(64, 64, -20), 10, 128, 128, {0, 128, 128}},   // negative clamps to 0
+        {split, 100, 100, 100, {115, 97, 102}},
+    };
+    for (const Case& c : cases) {
+        ajust_contrast_info s = c.s;
+        get_contrast_data(&s);
+        const Adjusted got = adjust_through_kernel(c.y_in, c.u_in, c.v_in);
+        EXPECT_EQ(got.y, c.want.y) << "luma gain " << c.s.luma_gain;
+        EXPECT_EQ(got.u, c.want.u) << "chroma gain " << c.s.chroma_gain;
+        EXPECT_EQ(got.v, c.want.v) << "chroma gain " << c.s.chroma_gain;
+    }
+}
+
+TEST(Adjust, IgnoresLayoutAndPlacementFields) {
+    ajust_contrast_info s = settings(64, 64, 7);
+    get_contrast_data(&s);
+    const Adjusted before = adjust_through_kernel(50, 60, 70);
+    s.rgb16_layout = 3;
+    s.reserved = 99;
+    s.dst_plane_height = 1000;
+    s.dst_luma_height = -5;
+    get_contrast_data(&s);
+    const Adjusted after = adjust_through_kernel(50, 60, 70);
+    EXPECT_EQ(before.y, 57);
+    EXPECT_EQ(after.y, before.y);
+    EXPECT_EQ(after.u, before.u);
+}
+
+}  // namespace
+}  // namespace dispconv::test

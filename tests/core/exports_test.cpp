@@ -1,0 +1,52 @@
+// The shared library exports exactly the functions the public header declares.
+#include <cstdio>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "support/test_support.hpp"
+
+namespace {
+
+std::set<std::string> declared_functions() {
+    std::ifstream header(DISPCONV_HEADER_PATH);
+    std::stringstream text;
+    text << header.rdbuf();
+    const std::string source = text.str();
+    std::set<std::string> names;
+    const std::regex declaration(R"(DISPCONV_API\s+void\s+(\w+)\s*(\(|DISPCONV_FRAME_SIGNATURE))");
+    for (std::sregex_iterator it(source.begin(), source.end(), declaration), end; it != end; ++it)
+        names.insert((*it)[1]);
+    return names;
+}
+
+std::set<std::string> exported_functions() {
+    std::set<std::string> names;
+    const std::string command = std::string("nm -D --defined-only ") + DISPCONV_LIBRARY_PATH;
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe) return names;
+    char line[512];
+    while (std::fgets(line, sizeof line, pipe)) {
+        char address[64], type[8], name[256];
+        if (std::sscanf(line, "%63s %7s %255s", address, type, name) != 3) continue;
+        const std::string t = type;
+        if (t == "T" || t == "W" || t == "D" || t == "B" || t == "R" || t == "V" || t == "i")
+            names.insert(name);
+    }
+    pclose(pipe);
+    return names;
+}
+
+TEST(Exports, SharedLibraryExportsExactlyTheHeader) {
+    if (!DISPCONV_SHARED_LIBRARY) GTEST_SKIP() << "static build: no dynamic symbol table";
+    const std::set<std::string> declared = declared_functions();
+    const std::set<std::string> exported = exported_functions();
+    ASSERT_FALSE(declared.empty());
+    ASSERT_FALSE(exported.empty()) << "could not read " << DISPCONV_LIBRARY_PATH;
+    for (const std::string& name : declared) EXPECT_TRUE(exported.count(name)) << name << " is not exported";
+    for (const std::string& name : exported) EXPECT_TRUE(declared.count(name)) << name << " is exported but not declared";
+}
+
+}  // namespace

@@ -1,0 +1,82 @@
+// Helpers shared by the test suites: canary-filled buffers, random frames, adjust settings.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "dispconv.h"
+
+namespace dispconv::test {
+
+inline constexpr uint8_t canary = 0xAA;
+
+// A byte buffer with `margin` canary bytes on each side of its `size` usable bytes, so that a
+// comparison of the whole vector catches writes outside the area as well as inside it.
+struct Buffer {
+    std::vector<uint8_t> bytes;
+    size_t margin;
+
+    explicit Buffer(size_t size, size_t margin_bytes = 64, uint8_t fill = canary)
+        : bytes(size + 2 * margin_bytes, fill), margin(margin_bytes) {}
+    uint8_t* data() { return bytes.data() + margin; }
+    const uint8_t* data() const { return bytes.data() + margin; }
+    uint8_t& operator[](size_t i) { return bytes[margin + i]; }
+    uint8_t operator[](size_t i) const { return bytes[margin + i]; }
+    size_t size() const { return bytes.size() - 2 * margin; }
+};
+
+inline Buffer random_buffer(size_t size, uint32_t seed, size_t margin = 64) {
+    Buffer b(size, margin);
+    std::mt19937 rng(seed);
+    for (size_t i = 0; i < size; ++i) b[i] = static_cast<uint8_t>(rng());
+    return b;
+}
+
+inline void fill_random(uint8_t* p, size_t n, uint32_t seed) {
+    std::mt19937 rng(seed);
+    for (size_t i = 0; i < n; ++i) p[i] = static_cast<uint8_t>(rng());
+}
+
+// Loads the adjust constants. Neutral: gains 64, offsets 0.
+inline ajust_contrast_info settings(int luma_gain = 64, int chroma_gain = 64, int luma_offset = 0,
+                                    int u_offset = 0, int v_offset = 0) {
+    ajust_contrast_info s{};
+    s.luma_gain = luma_gain;
+    s.chroma_gain = chroma_gain;
+    s.luma_offset = luma_offset;
+    s.u_offset = u_offset;
+    s.v_offset = v_offset;
+    return s;
+}
+inline void set_adjust(int luma_gain = 64, int chroma_gain = 64, int luma_offset = 0,
+                       int u_offset = 0, int v_offset = 0) {
+    ajust_contrast_info s = settings(luma_gain, chroma_gain, luma_offset, u_offset, v_offset);
+    get_contrast_data(&s);
+}
+
+// Compares two whole buffers; on a mismatch reports the first differing offset (relative to
+// the usable area) and a few bytes around it.
+inline ::testing::AssertionResult same_bytes(const Buffer& expected, const Buffer& actual) {
+    if (expected.bytes.size() != actual.bytes.size())
+        return ::testing::AssertionFailure() << "buffer sizes differ";
+    for (size_t i = 0; i < expected.bytes.size(); ++i) {
+        if (expected.bytes[i] == actual.bytes[i]) continue;
+        auto f = ::testing::AssertionFailure();
+        f << "first difference at offset " << (static_cast<long>(i) - static_cast<long>(expected.margin))
+          << " (expected, actual):";
+        for (size_t j = i; j < expected.bytes.size() && j < i + 8; ++j) {
+            char text[32];
+            std::snprintf(text, sizeof text, " %02X/%02X", expected.bytes[j], actual.bytes[j]);
+            f << text;
+        }
+        return f;
+    }
+    return ::testing::AssertionSuccess();
+}
+
+}  // namespace dispconv::test
