@@ -1,7 +1,6 @@
 // The shared library exports exactly the functions the public header declares.
 #include <cstdio>
 #include <fstream>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -10,15 +9,21 @@
 
 namespace {
 
+// Names of the functions the header declares: `DISPCONV_API void name` in each declaration.
 std::set<std::string> declared_functions() {
     std::ifstream header(DISPCONV_HEADER_PATH);
     std::stringstream text;
     text << header.rdbuf();
-    const std::string source = text.str();
     std::set<std::string> names;
-    const std::regex declaration(R"(DISPCONV_API\s+void\s+(\w+)\s*(\(|DISPCONV_FRAME_SIGNATURE))");
-    for (std::sregex_iterator it(source.begin(), source.end(), declaration), end; it != end; ++it)
-        names.insert((*it)[1]);
+    std::string word, previous, before_previous;
+    while (text >> word) {
+        if (before_previous == "DISPCONV_API" && previous == "void") {
+            const size_t end = word.find_first_of("( ;");
+            names.insert(word.substr(0, end));
+        }
+        before_previous = previous;
+        previous = word;
+    }
     return names;
 }
 

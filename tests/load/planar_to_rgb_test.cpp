@@ -1,0 +1,135 @@
+// Planar YV12 frames to RGB surfaces, and the geometry every frame loader shares.
+#include "load/frames.hpp"
+
+namespace dispconv::test {
+namespace {
+
+using FrameKernel = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t,
+                             ajust_contrast_info*);
+
+struct Twin {
+    const char* name;
+    FrameKernel planar, packed;
+    int bytes_per_pixel;
+};
+const Twin twins[] = {
+    {"rgb32", loadimage_rgb32, LoadYUY2_RGB32, 4},
+    {"rgb32_ajust", loadimage_rgb32_ajust, LoadYUY2_RGB32_adjust, 4},
+    {"rgb24", loadimage_rgb24, LoadYUY2_RGB24, 3},
+    {"rgb24_ajust", loadimage_rgb24_ajust, LoadYUY2_RGB24_adjust, 3},
+    {"rgb16", loadimage_rgb16, LoadYUY2_RGB16, 2},
+    {"rgb16_ajust", loadimage_rgb16_ajust, LoadYUY2_RGB16_adjust, 2},
+};
+
+TEST(LoadimageRgb, EqualsThePackedTwinOnTheSameSamples) {
+    set_adjust(75, 90, -8, 12, -20);
+    for (int layout = 0; layout < 4; ++layout)
+        for (const Twin& t : twins) {
+            if (layout && t.bytes_per_pixel != 2) continue;
+            ajust_contrast_info s{};
+            s.rgb16_layout = layout;
+            PlanarFrame f(48, 7, 48, 30 + layout);
+            Buffer packed = packed_from_planar(f);
+            const int dst_stride = 52 * t.bytes_per_pixel;
+            Buffer from_planar(size_t(dst_stride) * 9), from_packed = from_planar;
+            t.planar(f.y.data(), f.u.data(), f.v.data(), from_planar.data(), 48, 7, 48, dst_stride, &s);
+            t.packed(packed.data(), nullptr, nullptr, from_packed.data(), 48, 7, 48, dst_stride, &s);
+            EXPECT_TRUE(same_bytes(from_packed, from_planar)) << t.name << " layout " << layout;
+        }
+}
+
+TEST(LoadimageRgb, BlackFrameIsBlackInEveryFormat) {
+    Buffer y(32 * 2, 64, 16), c(16, 64, 128);
+    for (const Twin& t : twins) {
+        set_adjust();
+        ajust_contrast_info s{};
+        Buffer dst(size_t(32) * t.bytes_per_pixel * 2);
+        t.planar(y.data(), c.data(), c.data(), dst.data(), 32, 2, 32, 32 * t.bytes_per_pixel, &s);
+        for (size_t i = 0; i < dst.size(); ++i) ASSERT_EQ(dst[i], 0) << t.name << " byte " << i;
+    }
+}
+
+TEST(LoadimageRgb, RefusedLayoutWritesNothing) {
+    PlanarFrame f(16, 2, 16, 31);
+    for (int32_t layout : {7, 4, -1})
+        for (FrameKernel k : {loadimage_rgb16, loadimage_rgb16_ajust}) {
+            ajust_contrast_info s{};
+            s.rgb16_layout = layout;
+            Buffer dst(64);
+            const Buffer before = dst;
+            k(f.y.data(), f.u.data(), f.v.data(), dst.data(), 16, 2, 16, 32, &s);
+            EXPECT_TRUE(same_bytes(before, dst)) << "layout " << layout;
+        }
+}
+
+TEST(LoadimageRgb, WidthOffTheBlockDriftsRightEveryRowPair) {
+    // Width 24 converts 32 pixels per row; row pair 1 starts 8 pixels to the right, reading
+    // its samples 8 luma and 4 chroma samples further on.
+    const int stride = 64, dst_stride = 200;
+    PlanarFrame f(24, 4, stride, 32);
+    Buffer drifted(size_t(dst_stride) * 5), shifted(size_t(dst_stride) * 2);
+    loadimage_rgb32(f.y.data(), f.u.data(), f.v.data(), drifted.data(), 24, 4, stride, dst_stride, nullptr);
+    loadimage_rgb32(f.y.data() + 2 * stride + 8, f.u.data() + stride / 2 + 4, f.v.data() + stride / 2 + 4,
+                    shifted.data(), 32, 2, stride, dst_stride, nullptr);
+    for (int row = 0; row < 2; ++row)
+        for (int i = 0; i < 32 * 4; ++i)
+            ASSERT_EQ(drifted[size_t(2 + row) * dst_stride + 32 + i], shifted[size_t(row) * dst_stride + i])
+                << "row " << 2 + row << " byte " << i;
+}
+
+// Geometry shared by the frame loaders: a negative destination pitch from the last row gives
+// the same rows bottom-up, and an odd height writes one row more.
+struct GeometryCase {
+    const char* name;
+    FrameKernel kernel;
+    bool packed_source;
+    int bytes_per_row;  // destination bytes per row for width 32
+};
+const GeometryCase geometry_cases[] = {
+    {"LoadYUY2_YUY2", LoadYUY2_YUY2, true, 64},       {"LoadYUY2_RGB24", LoadYUY2_RGB24, true, 96},
+    {"loadimage_yuy2", loadimage_yuy2, false, 64},    {"loadimage_rgb16", loadimage_rgb16, false, 64},
+    {"loadimage_rgb32_ajust", loadimage_rgb32_ajust, false, 128},
+};
+
+TEST(FrameLoaders, NegativePitchWritesBottomUp) {
+    set_adjust(70, 60, 1, 2, 3);
+    for (const GeometryCase& g : geometry_cases) {
+        ajust_contrast_info s{};
+        PlanarFrame f(32, 6, 32, 40);
+        Buffer packed = packed_from_planar(f);
+        void* y = g.packed_source ? packed.data() : f.y.data();
+        const int pitch = g.bytes_per_row + 8;
+        Buffer down(size_t(pitch) * 6, 64, 0), up = down;
+        g.kernel(y, f.u.data(), f.v.data(), down.data(), 32, 6, 32, pitch, &s);
+        g.kernel(y, f.u.data(), f.v.data(), up.data() + 5 * pitch, 32, 6, 32, -pitch, &s);
+        for (int r = 0; r < 6; ++r)
+            for (int i = 0; i < pitch; ++i)
+                ASSERT_EQ(up[size_t(5 - r) * pitch + i], down[size_t(r) * pitch + i]) << g.name << " row " << r;
+    }
+}
+
+TEST(FrameLoaders, OddHeightWritesOneMoreRowAndZeroWritesTwo) {
+    for (const GeometryCase& g : geometry_cases) {
+        for (const auto& [height, rows] : {std::pair{3, 4}, std::pair{0, 2}, std::pair{1, 2}}) {
+            ajust_contrast_info s{};
+            PlanarFrame f(32, 6, 32, 41);
+            Buffer packed = packed_from_planar(f);
+            void* y = g.packed_source ? packed.data() : f.y.data();
+            Buffer dst(size_t(g.bytes_per_row) * 6, 64, 0x5A);
+            g.kernel(y, f.u.data(), f.v.data(), dst.data(), 32, height, 32, g.bytes_per_row, &s);
+            int touched_rows = 0;
+            for (int r = 0; r < 6; ++r) {
+                bool touched = false;
+                for (int i = 0; i < g.bytes_per_row; ++i) touched |= dst[size_t(r) * g.bytes_per_row + i] != 0x5A;
+                touched_rows += touched;
+                if (r < rows) {
+                    EXPECT_TRUE(touched) << g.name << " height " << height << " left row " << r;
+                }
+            }
+            EXPECT_EQ(touched_rows, rows) << g.name << " height " << height;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace dispconv::test

@@ -1,0 +1,108 @@
+// Planar YV12 frames to YUY2 surfaces.
+#include "load/frames.hpp"
+
+namespace dispconv::test {
+namespace {
+
+// Where row pair k of a drifting kernel starts, given what one pair's blocks overshoot.
+struct Drift {
+    int y, chroma, dst;
+};
+
+// The packed YUY2 bytes of frame row r from its own luma and chroma row r / 2, starting at
+// luma sample x0 and chroma sample c0.
+uint8_t yuy2_byte(const PlanarFrame& f, int r, int x0, int c0, int i) {
+    const int pair = i / 4;
+    switch (i % 4) {
+        case 0: return f.Y(r, x0 + 2 * pair);
+        case 1: return f.U(r / 2, c0 + pair);
+        case 2: return f.Y(r, x0 + 2 * pair + 1);
+        default: return f.V(r / 2, c0 + pair);
+    }
+}
+
+TEST(LoadimageYuy2, OddRowsLeaveTheFirstEightBytesOfEveryBlock) {
+    const int width = 32, height = 5, dst_stride = 80;
+    PlanarFrame f(width, height, 40, 10);
+    Buffer want(size_t(dst_stride) * 7), got = want;
+    for (int r = 0; r <= height; ++r)
+        for (int i = 0; i < 2 * width; ++i)
+            if (!(r & 1) || i % 32 >= 8) want[size_t(r) * dst_stride + i] = yuy2_byte(f, r, 0, 0, i);
+    loadimage_yuy2(f.y.data(), f.u.data(), f.v.data(), got.data(), width, height, f.stride, dst_stride, nullptr);
+    EXPECT_TRUE(same_bytes(want, got));
+}
+
+TEST(LoadimageYuy2, WidthOffTheBlockDriftsRightEveryRowPair) {
+    // Width 24 runs two blocks (32 pixels) per row; the next pair starts 8 pixels further right.
+    const int width = 24, height = 6, stride = 64, dst_stride = 160;
+    PlanarFrame f(width, height, stride, 11);
+    Buffer want(size_t(dst_stride) * 7), got = want;
+    for (int r = 0; r < height; ++r) {
+        const int k = r / 2;
+        for (int i = 0; i < 64; ++i)
+            if (!(r & 1) || i % 32 >= 8)
+                want[size_t(r) * dst_stride + 16 * k + i] = yuy2_byte(f, r, 8 * k, 4 * k, i);
+    }
+    loadimage_yuy2(f.y.data(), f.u.data(), f.v.data(), got.data(), width, height, stride, dst_stride, nullptr);
+    EXPECT_TRUE(same_bytes(want, got));
+}
+
+TEST(LoadimageYuy2Ajust, RefusesSmallOrOddHeights) {
+    set_adjust();
+    PlanarFrame f(32, 12, 32, 12);
+    for (int height : {8, 7, 0, 9, -2, 11}) {
+        Buffer dst(64 * 14);
+        const Buffer before = dst;
+        loadimage_yuy2_ajust(f.y.data(), f.u.data(), f.v.data(), dst.data(), 32, height, 32, 64, nullptr);
+        EXPECT_TRUE(same_bytes(before, dst)) << "height " << height;
+    }
+}
+
+TEST(LoadimageYuy2Ajust, EqualsTheAdjustedPackedCopy) {
+    // Every row written in full with its pair's chroma, adjusted: the packed-source adjusting
+    // copy of the same samples gives the same surface.
+    set_adjust(100, 50, -10, 25, 40);
+    PlanarFrame f(48, 10, 48, 13);
+    Buffer packed = packed_from_planar(f);
+    Buffer planar_out(96 * 11), packed_out = planar_out;
+    loadimage_yuy2_ajust(f.y.data(), f.u.data(), f.v.data(), planar_out.data(), 48, 10, 48, 96, nullptr);
+    LoadYUY2_YUY2_adjust(packed.data(), nullptr, nullptr, packed_out.data(), 48, 10, 48, 96, nullptr);
+    EXPECT_TRUE(same_bytes(packed_out, planar_out));
+}
+
+TEST(LoadimageYuy2MonoAjust, GreyChromaWithoutChromaPlanes) {
+    set_adjust(80, 10, 5, 70, -70);
+    PlanarFrame f(32, 3, 32, 14);
+    Buffer got(64 * 5), want = got;
+    loadimage_yuy2_mono_ajust(f.y.data(), nullptr, nullptr, got.data(), 32, 3, 32, 64, nullptr);
+    for (int r = 0; r < 4; ++r)
+        for (int x = 0; x < 32; ++x) {
+            want[size_t(r) * 64 + 2 * x] = uint8_t(std::min(255, (f.Y(r, x) * 80 >> 6) + 5));
+            want[size_t(r) * 64 + 2 * x + 1] = 128;
+        }
+    EXPECT_TRUE(same_bytes(want, got));
+}
+
+TEST(LoadimageHalfYuy2Ajust, AveragesNeighbouringPairs) {
+    set_adjust();
+    const int width = 32, height = 3, stride = 32, dst_stride = 40;
+    PlanarFrame f(width, height, stride, 15);
+    f.y[0] = 10, f.y[1] = 11, f.y[2] = 10, f.y[3] = 12;  // both average to 11
+    Buffer want(size_t(dst_stride) * 5), got = want;
+    auto avg = [](int a, int b) { return uint8_t((a + b + 1) >> 1); };
+    for (int r = 0; r <= height; ++r)
+        for (int j = 0; j < width / 2; j += 2) {
+            uint8_t* p = &want[size_t(r) * dst_stride + 2 * j];
+            p[0] = avg(f.Y(r, 2 * j), f.Y(r, 2 * j + 1));
+            p[1] = avg(f.U(r / 2, j), f.U(r / 2, j + 1));
+            p[2] = avg(f.Y(r, 2 * j + 2), f.Y(r, 2 * j + 3));
+            p[3] = avg(f.V(r / 2, j), f.V(r / 2, j + 1));
+        }
+    loadimage_half_yuy2_ajust(f.y.data(), f.u.data(), f.v.data(), got.data(), width, height, stride, dst_stride, nullptr);
+    EXPECT_EQ(got[0], 11);
+    EXPECT_EQ(got[2], 11);
+    EXPECT_TRUE(same_bytes(want, got));
+}
+
+}  // namespace
+}  // namespace dispconv::test

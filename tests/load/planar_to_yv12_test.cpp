@@ -1,0 +1,86 @@
+// Planar YV12 frames to one YV12 surface.
+#include "load/frames.hpp"
+
+namespace dispconv::test {
+namespace {
+
+uint8_t adj(int x, int gain, int offset) { return uint8_t(std::clamp(((x * gain) & 0xFFFF) / 64 + offset, 0, 255)); }
+
+TEST(LoadimageYv12Ajust, PlacesPlanesAndCrossesTheChromaOffsets) {
+    // The V plane (from src_v) takes the U offset and the U plane the V offset. Sources are
+    // read back to back; the chroma planes go where the two row counts of the record say.
+    const int width = 16, height = 4, dst_stride = 24;
+    set_adjust(64, 64, 3, 10, 0);
+    ajust_contrast_info placement{};
+    placement.dst_plane_height = 6;
+    placement.dst_luma_height = 4;
+    Buffer y = random_buffer(width * height, 20), u = random_buffer(8 * 2, 21), v = random_buffer(8 * 2, 22);
+    Buffer want(size_t(dst_stride) * 10), got = want;
+    const size_t v_at = 4 * dst_stride + (2 * dst_stride) / 4, u_at = v_at + (6 * dst_stride) / 4;
+    for (int r = 0; r < height; ++r)
+        for (int x = 0; x < width; ++x) want[size_t(r) * dst_stride + x] = adj(y[r * width + x], 64, 3);
+    for (int r = 0; r < 2; ++r)
+        for (int x = 0; x < 8; ++x) {
+            want[v_at + size_t(r) * dst_stride / 2 + x] = adj(v[r * 8 + x], 64, 10);
+            want[u_at + size_t(r) * dst_stride / 2 + x] = u[r * 8 + x];
+        }
+    loadimage_yv12_ajust(y.data(), u.data(), v.data(), got.data(), width, height, 99, dst_stride, &placement);
+    EXPECT_TRUE(same_bytes(want, got));
+}
+
+TEST(LoadimageYv12, ContiguousVThenUCopiesBothPlanesOneByteEarly) {
+    // The chroma planes start one byte before the end of the luma area, and the copy runs on
+    // for `height` chroma rows: with V followed by U in the source the U plane comes out right.
+    const int width = 32, height = 4, stride = 32;
+    const int cw = width / 2, plane = cw * height / 2;
+    Buffer luma = random_buffer(size_t(stride) * height * 2, 23);
+    Buffer chroma = random_buffer(size_t(plane) * 4, 24);  // V, then U, then readable spare rows
+    Buffer dst(size_t(stride) * height * 2);
+    loadimage_yv12(luma.data(), chroma.data() + plane, chroma.data(), dst.data(), width, height, stride, stride, nullptr);
+    const size_t v_at = size_t(height) * stride - 1, u_at = v_at + size_t(height) * stride / 4;
+    for (int i = 0; i < plane; ++i) {
+        EXPECT_EQ(dst[v_at + i], chroma[i]) << "V byte " << i;
+        EXPECT_EQ(dst[u_at + i], chroma[plane + i]) << "U byte " << i;
+    }
+    EXPECT_EQ(dst.bytes[dst.margin - 1], canary);  // nothing before the surface
+}
+
+TEST(LoadimageYv12, LumaKeepsItsOverlappingRowSteps) {
+    // Rows are read `width` apart and written `src_stride` apart; the destination moves on by
+    // the blocks only, so each pair's first row overwrites the previous pair's second row.
+    const int width = 16, height = 4, stride = 16;
+    Buffer src = random_buffer(16 * 16, 25), dst(16 * 16);
+    Buffer chroma = random_buffer(16 * 16, 26);
+    loadimage_yv12(src.data(), chroma.data(), chroma.data(), dst.data(), width, height, stride, stride, nullptr);
+    // Pair 0 reads rows 0, 1 into rows 0, 1; pair 1 reads source rows 3, 4 into rows 1, 2.
+    for (int x = 0; x < 16; ++x) {
+        EXPECT_EQ(dst[x], src[x]);
+        EXPECT_EQ(dst[16 + x], src[48 + x]);
+        EXPECT_EQ(dst[32 + x], src[64 + x]);
+    }
+}
+
+TEST(LoadimageHalfYv12Ajust, KeepsOddSamplesAndOverlapsTheLastChromaBlock) {
+    // Width 48: luma keeps samples 1, 3, 5 ...; chroma rows are 24 wide, done as blocks 0-15
+    // and 8-23, so exactly 12 samples are written per chroma row.
+    const int width = 48, height = 4, stride = 64, dst_stride = 40;
+    set_adjust(64, 64, 0, 5, -5);
+    PlanarFrame f(width, height, stride, 27);
+    f.y[0] = 1, f.y[1] = 2, f.y[2] = 3, f.y[3] = 4;
+    Buffer want(size_t(dst_stride) * 8), got = want;
+    const size_t v_at = size_t(height) * dst_stride, u_at = v_at + size_t(height / 2) * (dst_stride / 2);
+    for (int r = 0; r < height; ++r)
+        for (int x = 0; x < width / 2; ++x) want[size_t(r) * dst_stride + x] = f.Y(r, 2 * x + 1);
+    for (int r = 0; r < height / 2; ++r)
+        for (int x = 0; x < width / 4; ++x) {
+            want[v_at + size_t(r) * dst_stride / 2 + x] = adj(f.V(r, 2 * x + 1), 64, -5);
+            want[u_at + size_t(r) * dst_stride / 2 + x] = adj(f.U(r, 2 * x + 1), 64, 5);
+        }
+    loadimage_half_yv12_ajust(f.y.data(), f.u.data(), f.v.data(), got.data(), width, height, stride, dst_stride, nullptr);
+    EXPECT_EQ(got[0], 2);
+    EXPECT_EQ(got[1], 4);
+    EXPECT_TRUE(same_bytes(want, got));
+}
+
+}  // namespace
+}  // namespace dispconv::test
