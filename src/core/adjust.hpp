@@ -14,6 +14,14 @@ struct AdjustConstants {
     int16_t v_offset;
 };
 
+// Adjustment on or off, fixed per instantiation so that plain kernels carry no adjust code.
+struct Plain {
+    static constexpr bool enabled = false;
+};
+struct Adjusted {
+    static constexpr bool enabled = true;
+};
+
 // A snapshot of the current constants (all zero before the first get_contrast_data()).
 AdjustConstants load_adjust_constants();
 

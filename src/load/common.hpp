@@ -6,22 +6,26 @@
 
 #include "core/adjust.hpp"
 #include "core/geometry.hpp"
+#include "core/formats.hpp"
+#include "core/rgb16.hpp"
+#include "dispconv.h"
 
 namespace dispconv::kernels {
 namespace {
-
-// Adjustment on or off, fixed per instantiation so plain kernels carry no adjust code.
-struct Plain {
-    static constexpr bool enabled = false;
-};
-struct Adjusted {
-    static constexpr bool enabled = true;
-};
 
 template <class Adjust>
 AdjustConstants adjust_snapshot() {
     if constexpr (Adjust::enabled) return load_adjust_constants();
     return AdjustConstants{};
+}
+
+// The layout of a 16-bit destination, read from the record (false: refused); other formats
+// never read the record.
+template <class Format>
+bool destination_layout(const ajust_contrast_info* adjust, Rgb16Layout& layout) {
+    layout = rgb16_layouts[0];
+    if constexpr (Format::bytes_per_pixel == 2) return select_rgb16_layout(adjust->rgb16_layout, layout);
+    return true;
 }
 
 // Offset from a row's start to where a pull-back kernel continues: the blocks overshoot is

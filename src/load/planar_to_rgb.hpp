@@ -1,7 +1,7 @@
 // Planar YV12 frame to RGB32, RGB24 or 16-bit RGB; one chroma row serves a row pair.
 #pragma once
 
-#include "load/rgb_pair.hpp"
+#include "load/common.hpp"
 
 namespace dispconv::kernels {
 namespace {
@@ -14,23 +14,16 @@ void planar_to_rgb(const uint8_t* src_y, const uint8_t* src_u, const uint8_t* sr
     if (!destination_layout<Format>(adjust, layout)) return;
     const AdjustConstants a = adjust_snapshot<Adjust>();
     constexpr int bpp = Format::bytes_per_pixel;
-    const uint32_t blocks = loop_count(width, rgb_block);
-    const ptrdiff_t y_next = drift_step(blocks, rgb_block, width, 2 * ptrdiff_t(src_stride));
-    const ptrdiff_t c_next = drift_step(blocks, rgb_block / 2, 0, (src_stride - width) >> 1);
-    const ptrdiff_t d_next = drift_step(blocks, rgb_block * bpp, width * bpp, 2 * ptrdiff_t(dst_stride));
+    constexpr int block = 16;  // pixels
+    const uint32_t blocks = loop_count(width, block);
+    const ptrdiff_t y_next = drift_step(blocks, block, width, 2 * ptrdiff_t(src_stride));
+    const ptrdiff_t c_next = drift_step(blocks, block / 2, 0, (src_stride - width) >> 1);
+    const ptrdiff_t d_next = drift_step(blocks, block * bpp, width * bpp, 2 * ptrdiff_t(dst_stride));
 
     for (uint32_t pair = loop_count(height, 2); pair--;
-         src_y += y_next, src_u += c_next, src_v += c_next, dst += d_next) {
-        for (uint32_t i = 0; i < blocks; ++i) {
-            uint8_t y_top[rgb_block], y_bottom[rgb_block], u[rgb_block / 2], v[rgb_block / 2];
-            V::copy(src_y + i * rgb_block, y_top, rgb_block);
-            V::copy(src_y + src_stride + i * rgb_block, y_bottom, rgb_block);
-            V::copy(src_u + i * rgb_block / 2, u, rgb_block / 2);
-            V::copy(src_v + i * rgb_block / 2, v, rgb_block / 2);
-            uint8_t* d = dst + i * rgb_block * bpp;
-            rgb_pair_block<V, Format, Adjust>(y_top, y_bottom, u, v, d, d + dst_stride, a, layout);
-        }
-    }
+         src_y += y_next, src_u += c_next, src_v += c_next, dst += d_next)
+        V::template planar_pair_to_rgb<Format, Adjust>(src_y, src_y + src_stride, src_u, src_v, dst,
+                                                       dst + dst_stride, blocks, a, layout);
 }
 
 #define DISPCONV_PLANAR_TO_RGB(name, Format, Adjust)                                             \

@@ -97,11 +97,7 @@ void loadimage_half_yv12_ajust(void* src_y, void* src_u, void* src_v, void* dst_
         const ptrdiff_t s_next = drift_step(blocks, 16, width, src_stride);
         const ptrdiff_t d_next = drift_step(blocks, 8, width >> 1, dst_stride);
         for (uint32_t row = loop_count(height, 1); row--; s += s_next, d += d_next) {
-            for (uint32_t i = 0; i < blocks; ++i) {
-                uint8_t kept[8];
-                V::keep_odd(s + i * 16, kept, 8);
-                V::adjust(kept, d + i * 8, 8, a.luma_gain, a.luma_offset);
-            }
+            V::keep_odd_adjusted(s, d, int(blocks) * 8, a.luma_gain, a.luma_offset);
         }
     }
     // Chroma rows: whole blocks of 16, then one block ending exactly at the row end.
@@ -110,13 +106,8 @@ void loadimage_half_yv12_ajust(void* src_y, void* src_u, void* src_v, void* dst_
     auto chroma_plane = [&](const uint8_t* s, uint8_t* d, int16_t offset) {
         for (uint32_t row = loop_count(height >> 1, 1); row--;
              s += src_stride >> 1, d += dst_stride >> 1) {
-            auto block = [&](ptrdiff_t x) {
-                uint8_t kept[8];
-                V::keep_odd(s + x, kept, 8);
-                V::adjust(kept, d + x / 2, 8, a.chroma_gain, offset);
-            };
-            for (int32_t i = 0; i < full_blocks; ++i) block(ptrdiff_t(i) * 16);
-            if (tail) block(chroma_width - 16);
+            V::keep_odd_adjusted(s, d, full_blocks * 8, a.chroma_gain, offset);
+            if (tail) V::keep_odd_adjusted(s + chroma_width - 16, d + chroma_width / 2 - 8, 8, a.chroma_gain, offset);
         }
     };
     chroma_plane(static_cast<const uint8_t*>(src_v), v_plane, a.v_offset);

@@ -1,7 +1,7 @@
 // Packed YUY2 frame to RGB32, RGB24 or 16-bit RGB; odd rows use the chroma of the row above.
 #pragma once
 
-#include "load/rgb_pair.hpp"
+#include "load/common.hpp"
 
 namespace dispconv::kernels {
 namespace {
@@ -13,23 +13,16 @@ void yuy2_to_rgb(const uint8_t* src, uint8_t* dst, int32_t width, int32_t height
     if (!destination_layout<Format>(adjust, layout)) return;
     const AdjustConstants a = adjust_snapshot<Adjust>();
     constexpr int bpp = Format::bytes_per_pixel;
+    constexpr int block = 16;  // pixels
     const ptrdiff_t src_pitch = 2 * ptrdiff_t(src_stride);
-    const uint32_t blocks = loop_count(2 * width, 2 * rgb_block);
-    const ptrdiff_t src_next = pull_back_step(blocks, rgb_block, width, 2, 2 * src_pitch);
+    const uint32_t blocks = loop_count(2 * width, 2 * block);
+    const ptrdiff_t src_next = pull_back_step(blocks, block, width, 2, 2 * src_pitch);
     const ptrdiff_t dst_next =
-        pull_back_step(blocks, rgb_block, width, bpp, 2 * ptrdiff_t(dst_stride));
+        pull_back_step(blocks, block, width, bpp, 2 * ptrdiff_t(dst_stride));
 
-    for (uint32_t pair = loop_count(height, 2); pair--; src += src_next, dst += dst_next) {
-        for (uint32_t i = 0; i < blocks; ++i) {
-            const uint8_t* s = src + i * 2 * rgb_block;
-            uint8_t* d = dst + i * rgb_block * bpp;
-            uint8_t y_top[rgb_block], y_bottom[rgb_block], u[rgb_block / 2], v[rgb_block / 2];
-            uint8_t unused[rgb_block / 2];
-            V::split_yuy2(s, y_top, u, v, rgb_block);
-            V::split_yuy2(s + src_pitch, y_bottom, unused, unused, rgb_block);
-            rgb_pair_block<V, Format, Adjust>(y_top, y_bottom, u, v, d, d + dst_stride, a, layout);
-        }
-    }
+    for (uint32_t pair = loop_count(height, 2); pair--; src += src_next, dst += dst_next)
+        V::template yuy2_pair_to_rgb<Format, Adjust>(src, src + src_pitch, dst, dst + dst_stride,
+                                                     blocks, a, layout);
 }
 
 #define DISPCONV_YUY2_TO_RGB(name, Format, Adjust)                                               \

@@ -16,23 +16,8 @@ void yuy2_to_yuy2(const uint8_t* src, uint8_t* dst, int32_t width, int32_t heigh
     const ptrdiff_t src_next = pull_back_step(blocks, block, width, 2, 2 * src_pitch);
     const ptrdiff_t dst_next = pull_back_step(blocks, block, width, 2, 2 * ptrdiff_t(dst_stride));
 
-    for (uint32_t pair = loop_count(height, 2); pair--; src += src_next, dst += dst_next) {
-        for (uint32_t i = 0; i < blocks; ++i) {
-            const uint8_t* s = src + i * 2 * block;
-            uint8_t* d = dst + i * 2 * block;
-            uint8_t y_top[block], y_bottom[block], u[block / 2], v[block / 2], unused[block / 2];
-            V::split_yuy2(s, y_top, u, v, block);
-            V::split_yuy2(s + src_pitch, y_bottom, unused, unused, block);
-            if constexpr (Adjust::enabled) {
-                V::adjust(y_top, y_top, block, a.luma_gain, a.luma_offset);
-                V::adjust(y_bottom, y_bottom, block, a.luma_gain, a.luma_offset);
-                V::adjust(u, u, block / 2, a.chroma_gain, a.u_offset);
-                V::adjust(v, v, block / 2, a.chroma_gain, a.v_offset);
-            }
-            V::join_yuy2(y_top, u, v, d, block);
-            V::join_yuy2(y_bottom, u, v, d + dst_stride, block);
-        }
-    }
+    for (uint32_t pair = loop_count(height, 2); pair--; src += src_next, dst += dst_next)
+        V::template yuy2_pair_to_yuy2<Adjust>(src, src + src_pitch, dst, dst + dst_stride, blocks, a);
 }
 
 template <class V>

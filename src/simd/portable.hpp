@@ -1,6 +1,7 @@
 // The portable vocabulary: the reference that every instruction-set vocabulary must equal.
 #pragma once
 
+#include "simd/generic/load_rows.hpp"
 #include "simd/portable/core.hpp"
 #include "simd/portable/load.hpp"
 #include "simd/portable/mix.hpp"
@@ -10,7 +11,12 @@
 namespace dispconv::simd {
 namespace {
 
-struct Portable : PortableCore, PortableLoad, PortableStretch, PortableSubpicture, PortableMix {};
+struct Portable : PortableCore,
+                  PortableLoad,
+                  LoadRows<Portable>,
+                  PortableStretch,
+                  PortableSubpicture,
+                  PortableMix {};
 
 }  // namespace
 }  // namespace dispconv::simd
