@@ -12,10 +12,22 @@ namespace dispconv {
     KernelTable{load_kernels_##isa(), stretch_kernels_##isa(), subpicture_kernels_##isa(), mix_kernels_##isa()}
 
 DISPCONV_DECLARE_ISA_TABLES(portable)
+#if defined(DISPCONV_HAVE_SSE2)
+DISPCONV_DECLARE_ISA_TABLES(sse2)
+#endif
+#if defined(DISPCONV_HAVE_AVX2)
+DISPCONV_DECLARE_ISA_TABLES(avx2)
+#endif
 
 namespace {
 
 const KernelTable portable_table = DISPCONV_ISA_TABLE(portable);
+#if defined(DISPCONV_HAVE_SSE2)
+const KernelTable sse2_table = DISPCONV_ISA_TABLE(sse2);
+#endif
+#if defined(DISPCONV_HAVE_AVX2)
+const KernelTable avx2_table = DISPCONV_ISA_TABLE(avx2);
+#endif
 
 bool cpu_supports(Isa isa) {
     switch (isa) {
@@ -36,6 +48,14 @@ const KernelTable* built_table(Isa isa) {
     switch (isa) {
         case Isa::portable:
             return &portable_table;
+#if defined(DISPCONV_HAVE_SSE2)
+        case Isa::sse2:
+            return &sse2_table;
+#endif
+#if defined(DISPCONV_HAVE_AVX2)
+        case Isa::avx2:
+            return &avx2_table;
+#endif
         default:
             return nullptr;
     }

@@ -21,6 +21,20 @@ namespace {
 using Vocab = simd::Portable;
 }  // namespace
 }  // namespace dispconv
+#elif defined(DISPCONV_ISA_SSE2)
+#include "simd/x86/sse2.hpp"
+namespace dispconv {
+namespace {
+using Vocab = simd::Sse2;
+}  // namespace
+}  // namespace dispconv
+#elif defined(DISPCONV_ISA_AVX2)
+#include "simd/x86/avx2.hpp"
+namespace dispconv {
+namespace {
+using Vocab = simd::Avx2;
+}  // namespace
+}  // namespace dispconv
 #else
 #error "no vocabulary for this instruction set"
 #endif
