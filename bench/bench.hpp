@@ -1,0 +1,47 @@
+// Shared pieces of the benchmark: frames, the registry of compared operations, peers.
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+// 64-byte aligned scratch memory with room for every kernel's overruns.
+struct Memory {
+    std::unique_ptr<uint8_t, decltype(&std::free)> bytes{nullptr, &std::free};
+    size_t size = 0;
+    explicit Memory(size_t n) : bytes(static_cast<uint8_t*>(std::aligned_alloc(64, (n + 63) / 64 * 64)), &std::free), size(n) {}
+    uint8_t* data() const { return bytes.get(); }
+};
+
+// One picture in every source form the kernels take, plus surfaces to write.
+struct Frame {
+    int width, height;
+    Memory y, u, v, yuy2, dst, dst2;
+    // Sub-picture planes (opacity 0..16, Y, V, U with one chroma row per pixel row).
+    Memory sub_a, sub_y, sub_u, sub_v;
+    Frame(int w, int h);
+};
+Frame& frame(int width, int height);
+
+enum class Kind { ours, peer, copy };
+
+// One measured operation: a named group (the job) and one way of doing it.
+struct Entry {
+    std::string group;   // e.g. "YV12 to RGB32"
+    std::string label;   // e.g. "loadimage_rgb32 [avx2]", "libyuv I420ToARGB", "memcpy"
+    Kind kind;
+    int width, height;
+    double bytes;        // bytes read plus written per frame
+    std::function<void()> run;
+};
+void add(Entry e);
+
+// Registers the peers of a group: libyuv and swscale operations by name (peers.cpp).
+void add_peers(const std::string& group, int width, int height, double bytes);
+
+}  // namespace bench
