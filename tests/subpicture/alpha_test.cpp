@@ -25,44 +25,10 @@ const AlphaKernel restore16{"restore rgb16", Restore_RGB16_565_To_Alpha, 16, 2, 
 MIX_INFO alpha_record(uint8_t* opacity, uint8_t* image, int width, int height, int frame_stride,
                       int image_stride) {
     MIX_INFO info{};
-    info.frame_stride = frame_stride;
-    info.sub_stride = 999;  // must not be used
-    info.image_stride = image_stride;
-    info.width = width;
-    info.height = height;
-    info.sub_opacity = opacity;
-    info.image = image;
+    info.frame_stride = frame_stride, info.sub_stride = 999;  // sub_stride must not be used
+    info.image_stride = image_stride, info.width = width, info.height = height;
+    info.sub_opacity = opacity, info.image = image;
     return info;
-}
-
-// Restores of the levels printed for single pixel values (one block, every pixel alike).
-TEST(Alpha, RestoredLevels) {
-    struct Case {
-        const AlphaKernel& k;
-        std::vector<uint8_t> pixel;
-        uint8_t level;
-    };
-    const Case cases[] = {
-        {restore32, {0x10, 0xFF, 0xFF, 0x00}, 16},  // green, red, fourth byte ignored
-        {restore32, {0x07, 0x00, 0x00, 0xFF}, 7},
-        {restore16, {0xFF, 0xFF}, 31},
-        {restore16, {0x10, 0x00}, 16},
-        {restore16, {0xC8, 0x00}, 8},               // level 200 as loaded: blue field only
-        {restore24, {0x05, 0xFF, 0xFF}, 5},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.k.name);
-        const int width = c.k.block;
-        Buffer image(size_t(width) * c.k.bpp + 1);
-        for (int i = 0; i < width; ++i)
-            std::memcpy(image.data() + i * c.k.bpp, c.pixel.data(), c.k.bpp);
-        image[size_t(width) * c.k.bpp] = c.pixel[0];  // the byte the RGB24 restore reads last
-        Buffer plane(width), want(width);
-        for (int i = 0; i < width; ++i) want[i] = c.level;
-        MIX_INFO info = alpha_record(plane.data(), image.data(), width, 1, width, width * c.k.bpp);
-        c.k.kernel(&info);
-        EXPECT_TRUE(same_bytes(want, plane));
-    }
 }
 
 // Load then restore on packed planes: exact for RGB32, one pixel to the left for RGB24 (the

@@ -58,15 +58,6 @@ TEST(ColorKey, Fills) {
     }
 }
 
-// A bottom-up surface: the last row and a negative stride fill the same rectangle.
-TEST(ColorKey, NegativeStride) {
-    const int stride = 40, height = 4;
-    Buffer up(size_t(stride) * height), down(size_t(stride) * height);
-    LoadColorKeyRgb16(0xBEEF, up.data(), 16, height, 0, stride);
-    LoadColorKeyRgb16(0xBEEF, down.data() + stride * (height - 1), 16, height, 0, -stride);
-    EXPECT_TRUE(same_bytes(up, down));
-}
-
 TEST(ColorKey, MaskReplacement) {
     struct Case {
         int width, stride, height;

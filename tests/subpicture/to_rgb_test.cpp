@@ -30,11 +30,8 @@ struct Job {
     Job(int row_pixels, int rows, int image_stride, size_t image_size)
         : y(size_t(row_pixels) * rows), u(y.size() / 2), v(y.size() / 2), opacity(y.size()),
           image(image_size) {
-        info.frame_stride = row_pixels;
-        info.sub_stride = 999;  // not read
-        info.width = 999;       // not read
-        info.image_stride = image_stride;
-        info.height = rows;
+        info.frame_stride = row_pixels, info.sub_stride = 999, info.width = 999;  // last two unread
+        info.image_stride = image_stride, info.height = rows;
         info.sub_y = y.data(), info.sub_u = u.data(), info.sub_v = v.data();
         info.sub_opacity = opacity.data();
         info.image = image.data();

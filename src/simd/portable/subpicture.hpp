@@ -26,12 +26,14 @@ constexpr uint8_t subpicture_sample(const uint8_t* bgrx, const SubpictureWeights
     return sat_u8(sat_s16((low + high) >> 10));
 }
 
-inline uint32_t load_u32(const uint8_t* p) {
-    return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
-}
-inline uint16_t load_u16(const uint8_t* p) { return static_cast<uint16_t>(p[0] | p[1] << 8); }
+class PortableSubpicture {
+    // Little-endian words at any alignment.
+    static uint32_t load_u32(const uint8_t* p) {
+        return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
+    }
+    static uint16_t load_u16(const uint8_t* p) { return static_cast<uint16_t>(p[0] | p[1] << 8); }
 
-struct PortableSubpicture {
+public:
     // Source pixels widened to (blue, green, red, x) words. RGB24 reads each pixel as the
     // 32-bit word at its start, masked to 24 bits (one byte past the last pixel is read);
     // 5-6-5 components keep zero low bits.
