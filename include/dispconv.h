@@ -284,8 +284,10 @@ DISPCONV_API void mix_ayuy2_rgb16_p_ajust(MIX_INFO *info);
  * mix_ayuy2_rgb32/rgb24/rgb16_i_ajust change nothing in the record and weight chroma by the
  *   rounded average of the pair's two alphas. They work in 16-pixel strips, each walked down
  *   by the same groups (a height below 8 gives one final-scheme group of four rows, even below
- *   4) and then stepped back up by height times each plane's share of a row (frame_stride / 2
- *   for field Y, frame_stride / 8 for field chroma), so frame_stride should be a multiple of 8. */
+ *   4) and then stepped back up by height times each plane's share of a row (frame_stride >> 1
+ *   for field Y, frame_stride >> 3 for field chroma, sub_stride, sub_stride >> 1,
+ *   image_stride). Unless height is a multiple of 4 (at least 4) and frame_stride a multiple
+ *   of 8, later strips therefore start above or below the first. */
 DISPCONV_API void mix_ayuy2_yuy2_i_ajust(MIX_INFO *info);
 DISPCONV_API void mix_ayuy2_rgb32_i_ajust(MIX_INFO *info);
 DISPCONV_API void mix_ayuy2_rgb24_i_ajust(MIX_INFO *info);
