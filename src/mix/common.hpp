@@ -7,7 +7,6 @@
 
 #include "core/formats.hpp"
 #include "load/common.hpp"
-#include "load/rgb_pair.hpp"
 
 namespace dispconv::kernels {
 namespace {
