@@ -50,15 +50,14 @@ TEST(EdgeDirected, FollowsStraightEdges) {
 }
 
 // Where every direction costs the same the lowest index (two to the left above, two to the
-// right below) wins; the first and last blocks are plain averages.
+// right below) wins; the first and last blocks are plain averages. With a rising row above a
+// falling one every direction costs the same, but the pairs differ: direction 0 averages
+// 126 + x with 98 - x (112), the vertical 128 + x with 100 - x (114), direction 4 gives 116.
 TEST(EdgeDirected, TiesGoToTheFirstDirection) {
-    Row zero(w, 0), ramp(w);
-    for (int x = 0; x < w; ++x) ramp[x] = uint8_t(40 * (x % 4));
-    const Row out = interpolated_luma(zero, ramp);
-    for (int x = 0; x < w; ++x) {
-        const bool searched = x >= 16 && x < 48;
-        EXPECT_EQ(out[x], avg(0, ramp[searched ? x + 2 : x])) << "x " << x;
-    }
+    Row rising(w), falling(w);
+    for (int x = 0; x < w; ++x) rising[x] = uint8_t(128 + x), falling[x] = uint8_t(100 - x);
+    const Row out = interpolated_luma(rising, falling);
+    for (int x = 0; x < w; ++x) EXPECT_EQ(out[x], x >= 16 && x < 48 ? 112 : 114) << "x " << x;
 }
 
 // A group whose differences sum to 32 is averaged vertically; 33 starts the search.
