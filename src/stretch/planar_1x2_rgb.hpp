@@ -5,7 +5,7 @@
 
 #include <utility>
 
-#include "load/rgb_pair.hpp"
+#include "load/common.hpp"
 #include "stretch/common.hpp"
 
 namespace dispconv::kernels {
