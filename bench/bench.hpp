@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "core/kernel_table.hpp"
+
 namespace bench {
 
 // 64-byte aligned scratch memory with room for every kernel's overruns.
@@ -40,6 +42,22 @@ struct Entry {
     std::function<void()> run;
 };
 void add(Entry e);
+
+// Each kernel family registers its jobs for one frame size (bench/<family>.cpp).
+void register_loads(int width, int height);
+void register_stretch(int width, int height);
+void register_subpicture(int width, int height);
+void register_mix(int width, int height);
+
+// Our kernel of one family table on every instruction set this CPU has, as entries of a group:
+// `call(table)` returns the function that runs one frame with that table's kernel.
+void add_ours(const std::string& group, const std::string& name, int width, int height, double bytes,
+              const std::function<std::function<void()>(const dispconv::KernelTable&)>& call);
+// memcpy of `out_bytes` (the job's output), as the bandwidth limit of the group.
+void add_copy(const std::string& group, int width, int height, double out_bytes);
+
+// Adjust settings every adjusting kernel of the benchmark runs with (not neutral).
+extern ajust_contrast_info settings;
 
 // Registers the peers of a group: libyuv and swscale operations by name (peers.cpp).
 void add_peers(const std::string& group, int width, int height, double bytes);

@@ -46,26 +46,15 @@ void add(Entry e) { entries().push_back(std::move(e)); }
 
 namespace {
 
-using dispconv::Isa;
-using dispconv::KernelTable;
-using FrameKernel = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t, ajust_contrast_info*);
+}  // namespace
 
 ajust_contrast_info settings{70, 60, -4, 3, -3, 0, 0, 0, 0, 0, 0, 0};
 
-// Our frame-signature kernel on one instruction set.
-void add_frame_kernel(const std::string& group, const char* name, FrameKernel dispconv::LoadKernels::*member,
-                      bool packed_source, int out_bytes_per_pixel_x2, int w, int h, double bytes) {
-    Frame& f = frame(w, h);
+void add_ours(const std::string& group, const std::string& name, int w, int h, double bytes,
+              const std::function<std::function<void()>(const dispconv::KernelTable&)>& call) {
     for (int i = 0; i < dispconv::isa_count; ++i) {
-        const KernelTable* t = dispconv::kernel_table(Isa(i));
-        if (!t) continue;
-        FrameKernel k = t->load->*member;
-        const int dst_stride = w * out_bytes_per_pixel_x2 / 2;
-        add({group, std::string(name) + " [" + dispconv::isa_name(Isa(i)) + "]", Kind::ours, w, h, bytes,
-             [k, &f, w, h, packed_source, dst_stride] {
-                 k(packed_source ? f.yuy2.data() : f.y.data(), f.u.data(), f.v.data(), f.dst.data(), w, h, w,
-                   dst_stride, &settings);
-             }});
+        const dispconv::KernelTable* t = dispconv::kernel_table(dispconv::Isa(i));
+        if (t) add({group, name + " [" + dispconv::isa_name(dispconv::Isa(i)) + "]", Kind::ours, w, h, bytes, call(*t)});
     }
 }
 
@@ -75,51 +64,7 @@ void add_copy(const std::string& group, int w, int h, double out_bytes) {
     add({group, "memcpy", Kind::copy, w, h, 2 * out_bytes, [&f, n] { std::memcpy(f.dst.data(), f.dst2.data(), n); }});
 }
 
-void register_loads(int w, int h) {
-    const double px = double(w) * h, yv12 = 1.5 * px, yuy2 = 2 * px;
-    struct Job {
-        const char* group;
-        const char* name;
-        FrameKernel dispconv::LoadKernels::*member;
-        bool packed;
-        int out_x2;  // output bytes per pixel, times two
-        double in;
-    };
-    using L = dispconv::LoadKernels;
-    const Job jobs[] = {
-        {"YV12 to RGB32", "loadimage_rgb32", &L::loadimage_rgb32, false, 8, yv12},
-        {"YV12 to RGB32", "loadimage_rgb32_ajust", &L::loadimage_rgb32_ajust, false, 8, yv12},
-        {"YV12 to RGB24", "loadimage_rgb24", &L::loadimage_rgb24, false, 6, yv12},
-        {"YV12 to RGB24", "loadimage_rgb24_ajust", &L::loadimage_rgb24_ajust, false, 6, yv12},
-        {"YV12 to RGB565", "loadimage_rgb16", &L::loadimage_rgb16, false, 4, yv12},
-        {"YV12 to RGB565", "loadimage_rgb16_ajust", &L::loadimage_rgb16_ajust, false, 4, yv12},
-        {"YV12 to YUY2", "loadimage_yuy2", &L::loadimage_yuy2, false, 4, yv12},
-        {"YV12 to YUY2", "loadimage_yuy2_ajust", &L::loadimage_yuy2_ajust, false, 4, yv12},
-        {"YV12 to YUY2 grey", "loadimage_yuy2_mono_ajust", &L::loadimage_yuy2_mono_ajust, false, 4, px},
-        {"YV12 to half YUY2", "loadimage_half_yuy2_ajust", &L::loadimage_half_yuy2_ajust, false, 2, yv12},
-        {"YV12 to YV12", "loadimage_yv12", &L::loadimage_yv12, false, 3, yv12},
-        {"YV12 to YV12", "loadimage_yv12_ajust", &L::loadimage_yv12_ajust, false, 3, yv12},
-        {"YV12 to half YV12", "loadimage_half_yv12_ajust", &L::loadimage_half_yv12_ajust, false, 2, yv12},
-        {"YUY2 to RGB32", "LoadYUY2_RGB32", &L::LoadYUY2_RGB32, true, 8, yuy2},
-        {"YUY2 to RGB32", "LoadYUY2_RGB32_adjust", &L::LoadYUY2_RGB32_adjust, true, 8, yuy2},
-        {"YUY2 to RGB24", "LoadYUY2_RGB24", &L::LoadYUY2_RGB24, true, 6, yuy2},
-        {"YUY2 to RGB24", "LoadYUY2_RGB24_adjust", &L::LoadYUY2_RGB24_adjust, true, 6, yuy2},
-        {"YUY2 to RGB565", "LoadYUY2_RGB16", &L::LoadYUY2_RGB16, true, 4, yuy2},
-        {"YUY2 to RGB565", "LoadYUY2_RGB16_adjust", &L::LoadYUY2_RGB16_adjust, true, 4, yuy2},
-        {"YUY2 to YUY2", "LoadYUY2_YUY2", &L::LoadYUY2_YUY2, true, 4, yuy2},
-        {"YUY2 to YUY2", "LoadYUY2_YUY2_adjust", &L::LoadYUY2_YUY2_adjust, true, 4, yuy2},
-    };
-    std::string last;
-    for (const Job& j : jobs) {
-        const double out = px * j.out_x2 / 2;
-        if (j.group != last) {
-            add_peers(j.group, w, h, j.in + out);
-            add_copy(j.group, w, h, out);
-            last = j.group;
-        }
-        add_frame_kernel(j.group, j.name, j.member, j.packed, j.out_x2, w, h, j.in + out);
-    }
-}
+namespace {
 
 // Collects the median time of every entry for the summary.
 class SummaryReporter : public benchmark::ConsoleReporter {
@@ -170,7 +115,12 @@ void print_summary(const SummaryReporter& rep) {
 
 int main(int argc, char** argv) {
     get_contrast_data(&bench::settings);
-    for (auto [w, h] : {std::pair{720, 480}, std::pair{1920, 1080}}) bench::register_loads(w, h);
+    for (auto [w, h] : {std::pair{720, 480}, std::pair{1920, 1080}}) {
+        bench::register_loads(w, h);
+        bench::register_stretch(w, h);
+        bench::register_subpicture(w, h);
+        bench::register_mix(w, h);
+    }
     for (bench::Entry& e : bench::entries()) {
         auto run = e.run;
         benchmark::RegisterBenchmark(bench::key(e).c_str(), [run](benchmark::State& s) {

@@ -4,6 +4,9 @@
 
 #include <immintrin.h>
 
+#include "simd/x86/avx2_mix.hpp"
+#include "simd/x86/avx2_stretch.hpp"
+#include "simd/x86/avx2_subpicture.hpp"
 #include "simd/x86/sse2.hpp"
 
 namespace dispconv::simd {
@@ -200,9 +203,9 @@ struct Avx2;
 struct Avx2 : Sse2Core,
               Sse2LoadPrimitives,
               Avx2LoadRows<Avx2>,
-              PortableStretch,
-              PortableSubpicture,
-              PortableMix {};
+              Avx2Stretch,
+              Avx2Subpicture,
+              Avx2Mix {};
 
 }  // namespace
 }  // namespace dispconv::simd

@@ -3,7 +3,10 @@
 
 #include "simd/generic/load_rows.hpp"
 #include "simd/portable.hpp"
+#include "simd/x86/sse2_mix.hpp"
 #include "simd/x86/sse2_ops.hpp"
+#include "simd/x86/sse2_stretch.hpp"
+#include "simd/x86/sse2_subpicture.hpp"
 
 namespace dispconv::simd {
 namespace {
@@ -164,9 +167,9 @@ struct Sse2;
 struct Sse2 : Sse2Core,
               Sse2LoadPrimitives,
               Sse2LoadRows<Sse2>,
-              PortableStretch,
-              PortableSubpicture,
-              PortableMix {};
+              Sse2Stretch,
+              Sse2Subpicture,
+              Sse2Mix {};
 
 }  // namespace
 }  // namespace dispconv::simd
