@@ -6,8 +6,134 @@
 
 namespace dispconv::simd {
 namespace {
+namespace x86s {
 
-struct Sse2Stretch : PortableStretch {};
+using x86::load16;
+using x86::load8;
+using x86::store16;
+using x86::store8;
+
+// The four-row filter on 8 words: (5 (b + c) - (a + d)) >> 3. The sums stay far inside 16
+// bits, so the saturating steps of the definition never saturate.
+inline __m128i filter4_words(__m128i a, __m128i b, __m128i c, __m128i d) {
+    const __m128i bc = _mm_add_epi16(b, c);
+    return _mm_srai_epi16(_mm_sub_epi16(_mm_add_epi16(bc, _mm_slli_epi16(bc, 2)), _mm_add_epi16(a, d)), 3);
+}
+inline __m128i filter4_bytes(__m128i a, __m128i b, __m128i c, __m128i d) {
+    const __m128i z = _mm_setzero_si128();
+    return _mm_packus_epi16(
+        filter4_words(_mm_unpacklo_epi8(a, z), _mm_unpacklo_epi8(b, z), _mm_unpacklo_epi8(c, z), _mm_unpacklo_epi8(d, z)),
+        filter4_words(_mm_unpackhi_epi8(a, z), _mm_unpackhi_epi8(b, z), _mm_unpackhi_epi8(c, z), _mm_unpackhi_epi8(d, z)));
+}
+
+// `s` moved down one byte with `next` in the top byte (of 16, or of the low 8 when `low8`).
+inline __m128i shifted_in(__m128i s, uint8_t next, bool low8) {
+    if (low8) {
+        const __m128i t = _mm_srli_epi64(s, 8);
+        return _mm_insert_epi16(t, (_mm_extract_epi16(t, 3) & 0xFF) | (next << 8), 3);
+    }
+    const __m128i t = _mm_srli_si128(s, 1);
+    return _mm_insert_epi16(t, (_mm_extract_epi16(t, 7) & 0xFF) | (next << 8), 7);
+}
+
+inline __m128i abs_diff_bytes(__m128i x, __m128i y) { return _mm_or_si128(_mm_subs_epu8(x, y), _mm_subs_epu8(y, x)); }
+
+// Sums of four neighbouring bytes of `d` (bytes 0..10) as 8 words, sum k = bytes k..k+3.
+inline __m128i sums_of_four(__m128i d) {
+    const __m128i z = _mm_setzero_si128();
+    return _mm_add_epi16(_mm_add_epi16(_mm_unpacklo_epi8(d, z), _mm_unpacklo_epi8(_mm_srli_si128(d, 1), z)),
+                         _mm_add_epi16(_mm_unpacklo_epi8(_mm_srli_si128(d, 2), z), _mm_unpacklo_epi8(_mm_srli_si128(d, 3), z)));
+}
+
+// The rows around eight positions: `early` holds samples -4 .. 11, `late` 0 .. 15, so every
+// direction's eleven samples come from one of them without reading past sample 15.
+struct Around {
+    __m128i early, late;
+};
+// Samples d .. d + 15 of a row for offsets -2 .. 2 (the top bytes beyond sample 12 are unused).
+inline __m128i at_offset(const Around& r, int d) {
+    switch (d) {
+        case -2: return _mm_srli_si128(r.early, 2);
+        case -1: return _mm_srli_si128(r.early, 3);
+        case 0: return r.late;
+        case 1: return _mm_srli_si128(r.late, 1);
+        default: return _mm_srli_si128(r.late, 2);
+    }
+}
+
+// Edge-directed interpolation of eight positions (two groups of four) as 8 bytes in the low half.
+inline __m128i edge_interpolate_8(const Around& a, const Around& b) {
+    __m128i best = _mm_set1_epi16(0x7FFF);
+    __m128i averages[5];
+    for (int j = 0; j < 5; ++j) {
+        const int d = j - 2;
+        const __m128i ad = at_offset(a, d), bd = at_offset(b, -d);
+        averages[j] = _mm_avg_epu8(ad, bd);
+        const __m128i key = _mm_add_epi16(_mm_slli_epi16(sums_of_four(abs_diff_bytes(ad, bd)), 3), _mm_set1_epi16(int16_t(j)));
+        best = _mm_min_epi16(best, key);
+        if (j == 2) {
+            // A group's activity is its first position's vertical cost; quiet groups take j = 2.
+            const __m128i cost = _mm_srli_epi16(key, 3);
+            const __m128i activity = _mm_shufflehi_epi16(_mm_shufflelo_epi16(cost, 0), 0);
+            const __m128i quiet = _mm_cmpgt_epi16(_mm_set1_epi16(33), activity);
+            best = _mm_or_si128(_mm_andnot_si128(quiet, best), _mm_and_si128(quiet, _mm_set1_epi16(2)));
+        }
+    }
+    // Quiet lanes hold 2 exactly; searched lanes a key whose low 3 bits are the direction.
+    const __m128i j8 = _mm_and_si128(best, _mm_set1_epi16(7));
+    const __m128i j_bytes = _mm_packus_epi16(j8, j8);
+    __m128i out = _mm_setzero_si128();
+    for (int j = 0; j < 5; ++j)
+        out = _mm_or_si128(out, _mm_and_si128(_mm_cmpeq_epi8(j_bytes, _mm_set1_epi8(char(j))), averages[j]));
+    return out;
+}
+
+}  // namespace x86s
+
+struct Sse2Stretch : PortableStretch {
+    static void filter4(const uint8_t* a, const uint8_t* b, const uint8_t* c, const uint8_t* d, uint8_t* dst, int n) {
+        int i = 0;
+        for (; i + 16 <= n; i += 16)
+            x86s::store16(dst + i, x86s::filter4_bytes(x86s::load16(a + i), x86s::load16(b + i), x86s::load16(c + i),
+                                                       x86s::load16(d + i)));
+        if (i + 8 <= n)
+            x86s::store8(dst + i, x86s::filter4_bytes(x86s::load8(a + i), x86s::load8(b + i), x86s::load8(c + i),
+                                                      x86s::load8(d + i))),
+                i += 8;
+        if (i < n) PortableStretch::filter4(a + i, b + i, c + i, d + i, dst + i, n - i);
+    }
+
+    // Reads src[0 .. n-1] only; the sample after the run comes in as `next`.
+    static void double_run(const uint8_t* src, uint8_t next, uint8_t* dst, int n) {
+        int i = 0;
+        for (; i + 16 <= n; i += 16) {
+            const __m128i s = x86s::load16(src + i);
+            const __m128i right = i + 16 < n ? x86s::load16(src + i + 1) : x86s::shifted_in(s, next, false);
+            const __m128i avg = _mm_avg_epu8(s, right);
+            x86s::store16(dst + 2 * i, _mm_unpacklo_epi8(s, avg));
+            x86s::store16(dst + 2 * i + 16, _mm_unpackhi_epi8(s, avg));
+        }
+        if (i + 8 == n) {
+            const __m128i s = x86s::load8(src + i);
+            x86s::store16(dst + 2 * i, _mm_unpacklo_epi8(s, _mm_avg_epu8(s, x86s::shifted_in(s, next, true))));
+        } else if (i < n) {
+            PortableStretch::double_run(src + i, next, dst + 2 * i, n - i);
+        }
+    }
+
+    // Eight positions at a time; reads a and b from 4 samples before each eight to 16 after
+    // their start, inside the rows the caller guarantees (2 before, 5 after) only when n is a
+    // multiple of 8 and the row extends 8 samples beyond the run.
+    static void edge_interpolate(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n) {
+        int x = 0;
+        for (; x + 8 <= n; x += 8) {
+            const x86s::Around ra{x86s::load16(a + x - 4), x86s::load16(a + x)};
+            const x86s::Around rb{x86s::load16(b + x - 4), x86s::load16(b + x)};
+            x86s::store8(dst + x, x86s::edge_interpolate_8(ra, rb));
+        }
+        if (x < n) PortableStretch::edge_interpolate(a + x, b + x, dst + x, n - x);
+    }
+};
 
 }  // namespace
 }  // namespace dispconv::simd
