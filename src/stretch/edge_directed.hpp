@@ -12,17 +12,21 @@ constexpr int edge_block = 16;  // pixels
 // The row routines: each writes one destination row from the luma row `y` and the chroma
 // rows `u`, `v`; an interpolating routine also reads the row below (2 * chroma_step bytes
 // below for luma, chroma_step for chroma).
+// Runs of blocks go to the vocabulary together, up to this many blocks per call.
+constexpr uint32_t edge_chunk = 32;
+
 template <class V>
 void stretch_row_copy(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst,
                       int32_t width, ptrdiff_t, const AdjustConstants& a) {
     constexpr int n = edge_block, c = edge_block / 2;
     const uint32_t blocks = loop_count(width, n);
-    for (uint32_t i = 0; i < blocks; ++i) {
-        uint8_t yb[n], ub[c], vb[c];
-        V::adjust(y + ptrdiff_t(i) * n, yb, n, a.luma_gain, a.luma_offset);
-        V::adjust(u + ptrdiff_t(i) * c, ub, c, a.chroma_gain, a.u_offset);
-        V::adjust(v + ptrdiff_t(i) * c, vb, c, a.chroma_gain, a.v_offset);
-        V::join_yuy2(yb, ub, vb, dst + ptrdiff_t(i) * 2 * n, n);
+    for (uint32_t i = 0; i < blocks; i += edge_chunk) {
+        const int count = int(blocks - i < edge_chunk ? blocks - i : edge_chunk);
+        uint8_t yb[edge_chunk * n], ub[edge_chunk * c], vb[edge_chunk * c];
+        V::adjust(y + ptrdiff_t(i) * n, yb, count * n, a.luma_gain, a.luma_offset);
+        V::adjust(u + ptrdiff_t(i) * c, ub, count * c, a.chroma_gain, a.u_offset);
+        V::adjust(v + ptrdiff_t(i) * c, vb, count * c, a.chroma_gain, a.v_offset);
+        V::join_yuy2(yb, ub, vb, dst + ptrdiff_t(i) * 2 * n, count * n);
     }
 }
 
@@ -42,19 +46,24 @@ void stretch_row_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, ui
                         int32_t width, ptrdiff_t chroma_step, const AdjustConstants& a) {
     constexpr int n = edge_block, c = edge_block / 2;
     const ptrdiff_t luma_step = 2 * chroma_step;
+    // Blocks first .. first + count - 1, edge-directed when `middle`.
+    auto blocks_at = [&](uint32_t first, uint32_t count, bool middle) {
+        uint8_t yb[edge_chunk * n], ub[edge_chunk * c], vb[edge_chunk * c];
+        const int ny = int(count) * n, nc = int(count) * c;
+        interpolated_run<V>(y + ptrdiff_t(first) * n, luma_step, luma_interp, middle, yb, ny);
+        interpolated_run<V>(u + ptrdiff_t(first) * c, chroma_step, chroma_interp, middle, ub, nc);
+        interpolated_run<V>(v + ptrdiff_t(first) * c, chroma_step, chroma_interp, middle, vb, nc);
+        V::adjust(yb, yb, ny, a.luma_gain, a.luma_offset);
+        V::adjust(ub, ub, nc, a.chroma_gain, a.u_offset);
+        V::adjust(vb, vb, nc, a.chroma_gain, a.v_offset);
+        V::join_yuy2(yb, ub, vb, dst + ptrdiff_t(first) * 2 * n, ny);
+    };
     // First block, at least one middle block, last block.
     const uint32_t blocks = loop_count(width - 2 * n, n) + 2;
-    for (uint32_t i = 0; i < blocks; ++i) {
-        const bool middle = i != 0 && i + 1 != blocks;
-        uint8_t yb[n], ub[c], vb[c];
-        interpolated_run<V>(y + ptrdiff_t(i) * n, luma_step, luma_interp, middle, yb, n);
-        interpolated_run<V>(u + ptrdiff_t(i) * c, chroma_step, chroma_interp, middle, ub, c);
-        interpolated_run<V>(v + ptrdiff_t(i) * c, chroma_step, chroma_interp, middle, vb, c);
-        V::adjust(yb, yb, n, a.luma_gain, a.luma_offset);
-        V::adjust(ub, ub, c, a.chroma_gain, a.u_offset);
-        V::adjust(vb, vb, c, a.chroma_gain, a.v_offset);
-        V::join_yuy2(yb, ub, vb, dst + ptrdiff_t(i) * 2 * n, n);
-    }
+    blocks_at(0, 1, false);
+    for (uint32_t i = 1; i + 1 < blocks; i += edge_chunk)
+        blocks_at(i, blocks - 1 - i < edge_chunk ? blocks - 1 - i : edge_chunk, true);
+    blocks_at(blocks - 1, 1, false);
 }
 
 template <class V>

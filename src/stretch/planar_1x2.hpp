@@ -34,21 +34,26 @@ inline PlanarStretch planar_stretch(void* src_y, void* src_u, void* src_v, void*
             blocks};
 }
 
-// One YUY2 destination row of the double-height stretch, interpolated, then adjusted.
+// One YUY2 destination row of the double-height stretch, interpolated, then adjusted, in runs
+// of up to `stretch_chunk` blocks.
+constexpr uint32_t stretch_chunk = 32;
+
 template <class V, class Adjust>
 void double_height_row(const PlanarStretch& s, const AdjustConstants& a, int32_t r, Taps luma,
                        Taps chroma) {
     constexpr int n = stretch_block;
     uint8_t* d = s.dst_row(r);
-    for (uint32_t i = 0; i < s.blocks; ++i) {
-        uint8_t y[n], u[n / 2], v[n / 2];
-        vertical<V>(s.y, luma, ptrdiff_t(i) * n, y, n);
-        vertical<V>(s.u, chroma, ptrdiff_t(i) * n / 2, u, n / 2);
-        vertical<V>(s.v, chroma, ptrdiff_t(i) * n / 2, v, n / 2);
-        maybe_adjust<V, Adjust>(y, n, luma_channel(a));
-        maybe_adjust<V, Adjust>(u, n / 2, u_channel(a));
-        maybe_adjust<V, Adjust>(v, n / 2, v_channel(a));
-        V::join_yuy2(y, u, v, d + ptrdiff_t(i) * 2 * n, n);
+    for (uint32_t i = 0; i < s.blocks; i += stretch_chunk) {
+        const int count = int(s.blocks - i < stretch_chunk ? s.blocks - i : stretch_chunk);
+        const int ny = count * n, nc = count * n / 2;
+        uint8_t y[stretch_chunk * n], u[stretch_chunk * n / 2], v[stretch_chunk * n / 2];
+        vertical<V>(s.y, luma, ptrdiff_t(i) * n, y, ny);
+        vertical<V>(s.u, chroma, ptrdiff_t(i) * n / 2, u, nc);
+        vertical<V>(s.v, chroma, ptrdiff_t(i) * n / 2, v, nc);
+        maybe_adjust<V, Adjust>(y, ny, luma_channel(a));
+        maybe_adjust<V, Adjust>(u, nc, u_channel(a));
+        maybe_adjust<V, Adjust>(v, nc, v_channel(a));
+        V::join_yuy2(y, u, v, d + ptrdiff_t(i) * 2 * n, ny);
     }
 }
 

@@ -1,4 +1,5 @@
-// AVX2 operations of the stretch kernels; anything not replaced here is the SSE2 one.
+// AVX2 operations of the stretch kernels; anything not replaced here is the SSE2 one. Each
+// 128-bit lane computes exactly what one SSE2 step does.
 #pragma once
 
 #include <immintrin.h>
@@ -7,8 +8,100 @@
 
 namespace dispconv::simd {
 namespace {
+namespace x86sw {
 
-struct Avx2Stretch : Sse2Stretch {};
+inline __m256i load32(const uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
+inline void store32(uint8_t* p, __m256i v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
+// 16 bytes at p in the low lane and 16 at p + 8 in the high lane.
+inline __m256i load_pair(const uint8_t* p) {
+    return _mm256_set_m128i(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 8)),
+                            _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+}
+
+inline __m256i filter4_words(__m256i a, __m256i b, __m256i c, __m256i d) {
+    const __m256i bc = _mm256_add_epi16(b, c);
+    return _mm256_srai_epi16(_mm256_sub_epi16(_mm256_add_epi16(bc, _mm256_slli_epi16(bc, 2)), _mm256_add_epi16(a, d)), 3);
+}
+inline __m256i filter4_bytes(__m256i a, __m256i b, __m256i c, __m256i d) {
+    const __m256i z = _mm256_setzero_si256();
+    return _mm256_packus_epi16(filter4_words(_mm256_unpacklo_epi8(a, z), _mm256_unpacklo_epi8(b, z),
+                                             _mm256_unpacklo_epi8(c, z), _mm256_unpacklo_epi8(d, z)),
+                               filter4_words(_mm256_unpackhi_epi8(a, z), _mm256_unpackhi_epi8(b, z),
+                                             _mm256_unpackhi_epi8(c, z), _mm256_unpackhi_epi8(d, z)));
+}
+
+inline __m256i abs_diff_bytes(__m256i x, __m256i y) {
+    return _mm256_or_si256(_mm256_subs_epu8(x, y), _mm256_subs_epu8(y, x));
+}
+inline __m256i sums_of_four(__m256i d) {
+    const __m256i z = _mm256_setzero_si256();
+    return _mm256_add_epi16(
+        _mm256_add_epi16(_mm256_unpacklo_epi8(d, z), _mm256_unpacklo_epi8(_mm256_srli_si256(d, 1), z)),
+        _mm256_add_epi16(_mm256_unpacklo_epi8(_mm256_srli_si256(d, 2), z), _mm256_unpacklo_epi8(_mm256_srli_si256(d, 3), z)));
+}
+
+struct Around {
+    __m256i early, late;  // per lane: samples -4 .. 11 and 0 .. 15 of its eight positions
+};
+inline __m256i at_offset(const Around& r, int d) {
+    switch (d) {
+        case -2: return _mm256_srli_si256(r.early, 2);
+        case -1: return _mm256_srli_si256(r.early, 3);
+        case 0: return r.late;
+        case 1: return _mm256_srli_si256(r.late, 1);
+        default: return _mm256_srli_si256(r.late, 2);
+    }
+}
+
+// Sixteen positions, eight per lane, as 16 bytes.
+inline __m128i edge_interpolate_16(const Around& a, const Around& b) {
+    __m256i best = _mm256_set1_epi16(0x7FFF);
+    __m256i averages[5];
+    for (int j = 0; j < 5; ++j) {
+        const int d = j - 2;
+        const __m256i ad = at_offset(a, d), bd = at_offset(b, -d);
+        averages[j] = _mm256_avg_epu8(ad, bd);
+        const __m256i key = _mm256_add_epi16(_mm256_slli_epi16(sums_of_four(abs_diff_bytes(ad, bd)), 3),
+                                             _mm256_set1_epi16(int16_t(j)));
+        best = _mm256_min_epi16(best, key);
+        if (j == 2) {
+            const __m256i cost = _mm256_srli_epi16(key, 3);
+            const __m256i activity = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(cost, 0), 0);
+            const __m256i quiet = _mm256_cmpgt_epi16(_mm256_set1_epi16(33), activity);
+            best = _mm256_or_si256(_mm256_andnot_si256(quiet, best), _mm256_and_si256(quiet, _mm256_set1_epi16(2)));
+        }
+    }
+    const __m256i j8 = _mm256_and_si256(best, _mm256_set1_epi16(7));
+    const __m256i j_bytes = _mm256_packus_epi16(j8, j8);
+    __m256i out = _mm256_setzero_si256();
+    for (int j = 0; j < 5; ++j)
+        out = _mm256_or_si256(out, _mm256_and_si256(_mm256_cmpeq_epi8(j_bytes, _mm256_set1_epi8(char(j))), averages[j]));
+    // The low 8 bytes of each lane, side by side.
+    return _mm256_castsi256_si128(_mm256_permute4x64_epi64(out, 0x08));
+}
+
+}  // namespace x86sw
+
+struct Avx2Stretch : Sse2Stretch {
+    static void filter4(const uint8_t* a, const uint8_t* b, const uint8_t* c, const uint8_t* d, uint8_t* dst, int n) {
+        int i = 0;
+        for (; i + 32 <= n; i += 32)
+            x86sw::store32(dst + i, x86sw::filter4_bytes(x86sw::load32(a + i), x86sw::load32(b + i), x86sw::load32(c + i),
+                                                         x86sw::load32(d + i)));
+        if (i < n) Sse2Stretch::filter4(a + i, b + i, c + i, d + i, dst + i, n - i);
+    }
+
+    // Sixteen positions at a time, reading what the SSE2 version reads for them.
+    static void edge_interpolate(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n) {
+        int x = 0;
+        for (; x + 16 <= n; x += 16) {
+            const x86sw::Around ra{x86sw::load_pair(a + x - 4), x86sw::load_pair(a + x)};
+            const x86sw::Around rb{x86sw::load_pair(b + x - 4), x86sw::load_pair(b + x)};
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + x), x86sw::edge_interpolate_16(ra, rb));
+        }
+        if (x < n) Sse2Stretch::edge_interpolate(a + x, b + x, dst + x, n - x);
+    }
+};
 
 }  // namespace
 }  // namespace dispconv::simd
