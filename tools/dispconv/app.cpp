@@ -102,6 +102,7 @@ int run(const Options& options) {
     job.stretch = options.stretch;
     job.field = options.field;
     job.subpicture = art.has_value();
+    job.subpicture_left_out = !art && !input.reader && !options.no_subpicture;
     job.contrast = options.contrast;
     job.brightness = options.brightness;
     job.saturation = options.saturation;

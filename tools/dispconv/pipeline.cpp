@@ -36,6 +36,8 @@ Pipeline::Pipeline(const Job& job, const Geometry& geometry, Chroma source_chrom
     : job_(job), geometry_(geometry), chroma_(source_chroma) {
     const bool doubles_height = job.stretch == Stretch::double_height ||
                                 job.stretch == Stretch::double_height_filter || job.stretch == Stretch::edge;
+    if (job.field >= 0 && job.stretch == Stretch::none && job.subpicture_left_out)
+        throw ToolError("interlaced field mixing is not available in this build (the sub-picture or mixing kernels are missing)");
     if (job.field >= 0 && !(doubles_height || (job.stretch == Stretch::none && job.subpicture)))
         throw ToolError("--interlaced needs a sub-picture or the 1x2, 1x2-filter or edge stretch "
                         "(those are the kernels that double a field)");

@@ -17,6 +17,7 @@ struct Job {
     Stretch stretch = Stretch::none;
     int field = -1;             // -1 whole frames, 0 top, 1 bottom
     bool subpicture = false;
+    bool subpicture_left_out = false;  // one was wanted, but this build cannot mix it
     double contrast = 1.0, brightness = 0.0, saturation = 1.0;
 };
 
