@@ -102,16 +102,17 @@ TEST(PictureSettings, KeepGreyThroughTheAdjustingKernel) {
             SCOPED_TRACE("contrast " + std::to_string(contrast) + " saturation " + std::to_string(saturation));
             ajust_contrast_info s = adjust_settings(contrast, 0, saturation);
             get_contrast_data(&s);
-            uint8_t src[32], dst[32] = {};
-            for (int i = 0; i < 32; ++i) src[i] = 128;  // Y 128, U 128, V 128
-            LoadYUY2_YUY2_adjust(src, nullptr, nullptr, dst, 16, 1, 16, 32, nullptr);
-            for (int i = 0; i < 32; ++i) EXPECT_EQ(dst[i], 128) << "byte " << i;
+            // Two rows of 16 pixels: the kernel works on row pairs.
+            uint8_t src[64], dst[64] = {};
+            for (int i = 0; i < 64; ++i) src[i] = 128;  // Y 128, U 128, V 128
+            LoadYUY2_YUY2_adjust(src, nullptr, nullptr, dst, 16, 2, 16, 32, nullptr);
+            for (int i = 0; i < 64; ++i) EXPECT_EQ(dst[i], 128) << "byte " << i;
         }
     ajust_contrast_info brighter = adjust_settings(1, 30, 1);
     get_contrast_data(&brighter);
-    uint8_t src[32], dst[32] = {};
-    for (int i = 0; i < 32; ++i) src[i] = 100;
-    LoadYUY2_YUY2_adjust(src, nullptr, nullptr, dst, 16, 1, 16, 32, nullptr);
+    uint8_t src[64], dst[64] = {};
+    for (int i = 0; i < 64; ++i) src[i] = 100;
+    LoadYUY2_YUY2_adjust(src, nullptr, nullptr, dst, 16, 2, 16, 32, nullptr);
     EXPECT_EQ(dst[0], 130);  // luma raised
     EXPECT_EQ(dst[1], 100);  // chroma untouched
 }
