@@ -227,7 +227,93 @@ DISPCONV_API void loadimage_rgb16_ajust DISPCONV_FRAME_SIGNATURE;
 /* Stretching                                                                                  */
 /* ------------------------------------------------------------------------------------------ */
 
-/* (stretching kernels) */
+/* Double height, planar YV12 to YUY2 (width x 2 * height). width must be a multiple of 16
+ * (rows are walked in 16-pixel blocks; other widths overrun each row and drift right row by
+ * row); chroma rows are src_stride / 2 apart. Nothing is written when height < 8. An odd height
+ * is processed as height + 1. The bottom destination row always repeats the row above it.
+ * strech_picture_1X2_yuy2 interpolates with rounded two-row averages.
+ * strech_picture_1X2_yuy2_ajust uses the four-row filter (-1, 5, 5, -1) / 8 in the interior
+ *   and two-row averages at the top and bottom, and adjusts every sample after interpolating. */
+DISPCONV_API void strech_picture_1X2_yuy2 DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void strech_picture_1X2_yuy2_ajust DISPCONV_FRAME_SIGNATURE;
+
+/* Double height, planar YV12 to RGB32 / RGB24 / 16-bit RGB, adjusted before the rounded
+ * two-row interpolation (same row schedule as strech_picture_1X2_yuy2, bottom row repeated).
+ * Walked in 16-pixel vertical strips. Nothing is written when height < 12.
+ * rgb32: width is rounded up to a multiple of 16 (up to 15 pixels of padding per row).
+ * rgb24, rgb16: width must be a positive multiple of 16; any other width never ends the strip
+ *   walk and runs past the surface.
+ * rgb16 reads adjust->rgb16_layout (adjust must not be null) and writes nothing for a value
+ *   outside 0..3. */
+DISPCONV_API void strech_picture_1X2_yuy2_ajust_rgb32 DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void strech_picture_1X2_yuy2_ajust_rgb24 DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void strech_picture_1X2_yuy2_ajust_rgb16 DISPCONV_FRAME_SIGNATURE;
+
+/* Double width and height, planar YV12 to YUY2 (destination rows hold 4 * width bytes). Each
+ * source row is doubled horizontally (inserted rounded averages, right edge repeated), then
+ * doubled rows are averaged on the strech_picture_1X2_yuy2 schedule. width must be a multiple
+ * of 16 and at least 32 (width 16 runs a second block beyond the row). Nothing is written when
+ * height < 8. The _ajust kernel adjusts source samples before interpolating. */
+DISPCONV_API void strech_picture_2X2_yuy2 DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void strech_picture_2X2_yuy2_ajust DISPCONV_FRAME_SIGNATURE;
+
+/* Double width and height of a packed YUY2 frame. `width` is the source row length in bytes
+ * and also the source row distance (no row padding); it must be a multiple of 32 and at least
+ * 64, or the strip walk runs past the picture. The middle pointers are not read. Destination
+ * rows receive 2 * width bytes. Nothing is written when height < 16. The bottom destination row
+ * repeats the row above it. The _ajust kernel adjusts source samples before interpolating. */
+DISPCONV_API void yuy2_strech_picture_2X2_yuy2(void *src, void *unused_u, void *unused_v,
+                                               void *dst, int32_t width, int32_t height,
+                                               int32_t dst_stride);
+DISPCONV_API void yuy2_strech_picture_2X2_yuy2_ajust(void *src, void *unused_u, void *unused_v,
+                                                     void *dst, int32_t width, int32_t height,
+                                                     int32_t dst_stride,
+                                                     ajust_contrast_info *adjust);
+
+/* One 8-bit plane to twice its width and height, in 8-column strips. width should be a
+ * multiple of 8 and at least 16; height at least 1. Deliberate: every strip but the last
+ * writes a copy of its bottom row to row 2 * height (one row below the picture, which must be
+ * writable) and leaves row 2 * height - 1 unwritten in its 16 columns. */
+DISPCONV_API void strech_pic_2X2(uint8_t *src, uint8_t *dst, int32_t width, int32_t height,
+                                 int32_t src_stride, int32_t dst_stride);
+
+/* One 8-bit plane stretched and adjusted with adjust_luma_gain for every plane and the offset
+ * chosen by `plane` (1 luma, 2 U, 3 V; other values are unsupported). `adjust` is not read.
+ * height must be at least 2; width should be a multiple of 16.
+ * strech_pic_2X2_adjust: twice the width and height. Row 0 is repeated on row 1, the output
+ *   sits one row lower than strech_pic_2X2's, the last sample of each row is averaged with the
+ *   byte after the row, and source rows are taken width bytes apart (pass src_stride = width).
+ *   The bottom row is built from source row height - 2 and also written 2 * width bytes after
+ *   row 2 * height - 2 (which is row 2 * height - 1 only when dst_stride = 2 * width).
+ * strech_pic_1X2_adjust: twice the height, rows src_stride apart. Rows: 0 and 1 copy source
+ *   row 0, then averages and copies; row 2 * height - 2 and the width bytes right after it
+ *   repeat source row height - 2, so the last source row is never shown. */
+DISPCONV_API void strech_pic_2X2_adjust(uint8_t *src, uint8_t *dst, int32_t width,
+                                        int32_t height, int32_t src_stride, int32_t dst_stride,
+                                        ajust_contrast_info *adjust, int32_t plane);
+DISPCONV_API void strech_pic_1X2_adjust(uint8_t *src, uint8_t *dst, int32_t width,
+                                        int32_t height, int32_t src_stride, int32_t dst_stride,
+                                        ajust_contrast_info *adjust, int32_t plane);
+
+/* A YV12 frame to one YV12 buffer at dst of twice the size (2X2) or height (1X2): three calls
+ * of the plane kernel above, Y (plane 1) at dst, the plane from src_v at dst + P and the plane
+ * from src_u at dst + P + P / 4 (P = 2 * height * dst_stride), chroma with halved width,
+ * height and strides. Deliberate: the plane from src_v takes the U offset (plane 2) and the
+ * plane from src_u the V offset (plane 3). The plane kernels' contracts apply to each plane. */
+DISPCONV_API void strech_picture_2X2_yv12_ajust DISPCONV_FRAME_SIGNATURE;
+DISPCONV_API void strech_picture_1X2_yv12_ajust DISPCONV_FRAME_SIGNATURE;
+
+/* Double height with edge-directed interpolation, planar frame described by `frame` to YUY2,
+ * every sample adjusted. Reads frame_structure, plane_y, plane_u, plane_v and frame_width
+ * (the luma row distance; chroma rows are frame_width / 2 apart) and nothing else. With
+ * frame_structure 1 one field (every second row) is stretched from row start_line; otherwise
+ * the luma start is (frame_width * start_line) / 2 bytes in. Deliberate: the chroma starts are
+ * a quarter of the luma offset in, even inside a chroma row. frame_width should be a multiple
+ * of 16 above 32. Nothing is written when height < 8; an odd height drops its last row. The
+ * bottom destination row repeats the row above it. */
+DISPCONV_API void strech_opt_yuy2_ajust(tagVideoFrame *frame, int32_t start_line, int32_t height,
+                                        uint8_t *dst, int32_t dst_stride,
+                                        ajust_contrast_info *adjust);
 
 /* ------------------------------------------------------------------------------------------ */
 /* Sub-picture preparation and colour key                                                      */

@@ -6,7 +6,57 @@
 namespace dispconv::simd {
 namespace {
 
-struct PortableStretch {};
+struct PortableStretch {
+    // The four-row filter (-1, 5, 5, -1) / 8 over four runs of n bytes; the output lies
+    // between rows b and c.
+    static void filter4(const uint8_t* a, const uint8_t* b, const uint8_t* c, const uint8_t* d,
+                        uint8_t* dst, int n) {
+        for (int i = 0; i < n; ++i) dst[i] = filter4_u8(a[i], b[i], c[i], d[i]);
+    }
+
+    // Horizontal doubling of n samples into 2n: each sample, then the rounded average of it
+    // and its right neighbour. `next` is the neighbour of the last sample.
+    static void double_run(const uint8_t* src, uint8_t next, uint8_t* dst, int n) {
+        for (int i = 0; i < n; ++i) {
+            dst[2 * i] = src[i];
+            dst[2 * i + 1] = avg_u8(src[i], i + 1 < n ? src[i + 1] : next);
+        }
+    }
+
+    // Edge-directed interpolation between rows a (above) and b (below), n a multiple of 4,
+    // group by group. A quiet group (summed difference at most 32) is averaged vertically;
+    // otherwise each sample is averaged along the cheapest of five directions. Reads a and b
+    // from 2 samples before the run to 5 after it.
+    static void edge_interpolate(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n) {
+        constexpr int quiet_limit = 32;
+        for (int x = 0; x < n; x += 4) {
+            int activity = 0;
+            for (int p = x; p < x + 4; ++p) activity += abs_diff(a[p], b[p]);
+            for (int p = x; p < x + 4; ++p) {
+                int d = 0;
+                if (activity > quiet_limit) d = cheapest_direction(a + p, b + p) - 2;
+                dst[p] = avg_u8(a[p + d], b[p - d]);
+            }
+        }
+    }
+
+private:
+    static int abs_diff(uint8_t x, uint8_t y) { return x > y ? x - y : y - x; }
+
+    // Direction j (offset d = j - 2) pairs a[d + k] with b[-d + k], k = 0..3. The search key
+    // cost * 8 + j makes the lowest j win a tie.
+    static int cheapest_direction(const uint8_t* a, const uint8_t* b) {
+        int best_key = 1 << 30;
+        for (int j = 0; j < 5; ++j) {
+            const int d = j - 2;
+            int cost = 0;
+            for (int k = 0; k < 4; ++k) cost += abs_diff(a[d + k], b[-d + k]);
+            const int key = cost * 8 + j;
+            if (key < best_key) best_key = key;
+        }
+        return best_key & 7;
+    }
+};
 
 }  // namespace
 }  // namespace dispconv::simd

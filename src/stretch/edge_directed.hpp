@@ -1,0 +1,117 @@
+// A planar frame described by a tagVideoFrame to a YUY2 surface of twice the height, the
+// in-between rows made by edge-directed interpolation and every output sample adjusted.
+#pragma once
+
+#include "stretch/common.hpp"
+
+namespace dispconv::kernels {
+namespace {
+
+constexpr int edge_block = 16;  // pixels
+
+// The row routines: each writes one destination row from the luma row `y` and the chroma
+// rows `u`, `v`; an interpolating routine also reads the row below (2 * chroma_step bytes
+// below for luma, chroma_step for chroma).
+template <class V>
+void stretch_row_copy(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst,
+                      int32_t width, ptrdiff_t, const AdjustConstants& a) {
+    constexpr int n = edge_block, c = edge_block / 2;
+    const uint32_t blocks = loop_count(width, n);
+    for (uint32_t i = 0; i < blocks; ++i) {
+        uint8_t yb[n], ub[c], vb[c];
+        V::adjust(y + ptrdiff_t(i) * n, yb, n, a.luma_gain, a.luma_offset);
+        V::adjust(u + ptrdiff_t(i) * c, ub, c, a.chroma_gain, a.u_offset);
+        V::adjust(v + ptrdiff_t(i) * c, vb, c, a.chroma_gain, a.v_offset);
+        V::join_yuy2(yb, ub, vb, dst + ptrdiff_t(i) * 2 * n, n);
+    }
+}
+
+// n samples at `src`: a copy, or interpolated with the row `step` below it (edge-directed
+// in the middle blocks, the plain average in the first and last blocks so that the search
+// never reads outside the row).
+template <class V>
+void interpolated_run(const uint8_t* src, ptrdiff_t step, bool interpolate, bool edge_directed,
+                      uint8_t* out, int n) {
+    if (!interpolate) return V::copy(src, out, n);
+    if (edge_directed) return V::edge_interpolate(src, src + step, out, n);
+    V::average(src, src + step, out, n);
+}
+
+template <class V, bool luma_interp, bool chroma_interp>
+void stretch_row_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst,
+                        int32_t width, ptrdiff_t chroma_step, const AdjustConstants& a) {
+    constexpr int n = edge_block, c = edge_block / 2;
+    const ptrdiff_t luma_step = 2 * chroma_step;
+    // First block, at least one middle block, last block.
+    const uint32_t blocks = loop_count(width - 2 * n, n) + 2;
+    for (uint32_t i = 0; i < blocks; ++i) {
+        const bool middle = i != 0 && i + 1 != blocks;
+        uint8_t yb[n], ub[c], vb[c];
+        interpolated_run<V>(y + ptrdiff_t(i) * n, luma_step, luma_interp, middle, yb, n);
+        interpolated_run<V>(u + ptrdiff_t(i) * c, chroma_step, chroma_interp, middle, ub, c);
+        interpolated_run<V>(v + ptrdiff_t(i) * c, chroma_step, chroma_interp, middle, vb, c);
+        V::adjust(yb, yb, n, a.luma_gain, a.luma_offset);
+        V::adjust(ub, ub, c, a.chroma_gain, a.u_offset);
+        V::adjust(vb, vb, c, a.chroma_gain, a.v_offset);
+        V::join_yuy2(yb, ub, vb, dst + ptrdiff_t(i) * 2 * n, n);
+    }
+}
+
+template <class V>
+void stretch_row_luma_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst,
+                             int32_t width, ptrdiff_t chroma_step, const AdjustConstants& a) {
+    stretch_row_interp<V, true, false>(y, u, v, dst, width, chroma_step, a);
+}
+template <class V>
+void stretch_row_chroma_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst,
+                               int32_t width, ptrdiff_t chroma_step, const AdjustConstants& a) {
+    stretch_row_interp<V, false, true>(y, u, v, dst, width, chroma_step, a);
+}
+template <class V>
+void stretch_row_both_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst,
+                             int32_t width, ptrdiff_t chroma_step, const AdjustConstants& a) {
+    stretch_row_interp<V, true, true>(y, u, v, dst, width, chroma_step, a);
+}
+
+template <class V>
+void strech_opt_yuy2_ajust(tagVideoFrame* frame, int32_t start_line, int32_t height, uint8_t* dst,
+                           int32_t dst_stride, ajust_contrast_info*) {
+    if (height < 8) return;
+    const AdjustConstants a = load_adjust_constants();
+    const int32_t w = frame->frame_width;
+    // A field is every second row; a progressive frame starts at half the luma offset.
+    const bool field = frame->frame_structure == 1;
+    const ptrdiff_t row_step = field ? 2 * ptrdiff_t(w) : ptrdiff_t(w);
+    const int64_t start = int64_t(w) * start_line;
+    const ptrdiff_t luma_offset = ptrdiff_t(field ? start : start >> 1);
+    // Deliberate: the chroma start is a quarter of the luma offset, even when that falls
+    // inside a chroma row.
+    const uint8_t* y0 = frame->plane_y + luma_offset;
+    const uint8_t* u0 = frame->plane_u + (luma_offset >> 2);
+    const uint8_t* v0 = frame->plane_v + (luma_offset >> 2);
+    const ptrdiff_t chroma_step = row_step >> 1;
+
+    using Routine = void (*)(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, int32_t,
+                             ptrdiff_t, const AdjustConstants&);
+    auto emit = [&](int32_t out_row, Routine routine, int32_t luma_row, int32_t chroma_row) {
+        routine(y0 + luma_row * row_step, u0 + chroma_row * chroma_step,
+                v0 + chroma_row * chroma_step, dst + ptrdiff_t(out_row) * dst_stride, w,
+                chroma_step, a);
+    };
+    const int32_t pairs = (height >> 1) - 1;
+    int32_t m = 0;
+    for (; m < pairs; ++m) {
+        emit(4 * m, stretch_row_copy<V>, 2 * m, m);
+        emit(4 * m + 1, stretch_row_luma_interp<V>, 2 * m, m);
+        emit(4 * m + 2, stretch_row_chroma_interp<V>, 2 * m + 1, m);
+        emit(4 * m + 3, stretch_row_both_interp<V>, 2 * m + 1, m);
+    }
+    emit(4 * m, stretch_row_copy<V>, 2 * m, m);
+    emit(4 * m + 1, stretch_row_luma_interp<V>, 2 * m, m);
+    emit(4 * m + 2, stretch_row_copy<V>, 2 * m + 1, m);
+    // Deliberate: the bottom row duplicates the one above it.
+    emit(4 * m + 3, stretch_row_copy<V>, 2 * m + 1, m);
+}
+
+}  // namespace
+}  // namespace dispconv::kernels

@@ -1,0 +1,83 @@
+// Planar YV12 frame to a YUY2 surface of twice the height: rounded two-row averages, or the
+// four-row filter with adjustment after interpolation.
+#pragma once
+
+#include "stretch/common.hpp"
+
+namespace dispconv::kernels {
+namespace {
+
+constexpr int stretch_block = 16;  // source pixels per block
+
+// The three source planes and the destination of a row-by-row planar stretch. After each row
+// the positions move back by what a row of exactly `width` pixels consumed, so a width off
+// the block makes every following row start further right.
+struct PlanarStretch {
+    PlaneRows y, u, v;
+    uint8_t* dst;
+    ptrdiff_t dst_step;
+    uint32_t blocks;
+    uint8_t* dst_row(int32_t r) const { return dst + r * dst_step; }
+};
+
+inline PlanarStretch planar_stretch(void* src_y, void* src_u, void* src_v, void* dst,
+                                    int32_t width, int32_t src_stride, int32_t dst_stride,
+                                    uint32_t blocks, int dst_bytes_per_block) {
+    const ptrdiff_t y_step = drift_step(blocks, stretch_block, width, src_stride);
+    const ptrdiff_t c_step = drift_step(blocks, stretch_block / 2, width >> 1, chroma_pitch(src_stride));
+    const int32_t dst_row_bytes = width * (dst_bytes_per_block / stretch_block);
+    return {{static_cast<const uint8_t*>(src_y), y_step},
+            {static_cast<const uint8_t*>(src_u), c_step},
+            {static_cast<const uint8_t*>(src_v), c_step},
+            static_cast<uint8_t*>(dst),
+            drift_step(blocks, dst_bytes_per_block, dst_row_bytes, dst_stride),
+            blocks};
+}
+
+// One YUY2 destination row of the double-height stretch, interpolated, then adjusted.
+template <class V, class Adjust>
+void double_height_row(const PlanarStretch& s, const AdjustConstants& a, int32_t r, Taps luma,
+                       Taps chroma) {
+    constexpr int n = stretch_block;
+    uint8_t* d = s.dst_row(r);
+    for (uint32_t i = 0; i < s.blocks; ++i) {
+        uint8_t y[n], u[n / 2], v[n / 2];
+        vertical<V>(s.y, luma, ptrdiff_t(i) * n, y, n);
+        vertical<V>(s.u, chroma, ptrdiff_t(i) * n / 2, u, n / 2);
+        vertical<V>(s.v, chroma, ptrdiff_t(i) * n / 2, v, n / 2);
+        maybe_adjust<V, Adjust>(y, n, luma_channel(a));
+        maybe_adjust<V, Adjust>(u, n / 2, u_channel(a));
+        maybe_adjust<V, Adjust>(v, n / 2, v_channel(a));
+        V::join_yuy2(y, u, v, d + ptrdiff_t(i) * 2 * n, n);
+    }
+}
+
+template <class V>
+void strech_picture_1X2_yuy2(void* src_y, void* src_u, void* src_v, void* dst, int32_t width,
+                             int32_t height, int32_t src_stride, int32_t dst_stride,
+                             ajust_contrast_info*) {
+    if (height < 8) return;
+    const PlanarStretch s = planar_stretch(src_y, src_u, src_v, dst, width, src_stride, dst_stride,
+                                           loop_count(width >> 1, stretch_block / 2), 2 * stretch_block);
+    const AdjustConstants none{};
+    double_height_rows(int32_t(loop_count(height, 2)), [&](int32_t r, Taps luma, Taps chroma) {
+        double_height_row<V, Plain>(s, none, r, luma, chroma);
+    });
+}
+
+template <class V>
+void strech_picture_1X2_yuy2_ajust(void* src_y, void* src_u, void* src_v, void* dst,
+                                   int32_t width, int32_t height, int32_t src_stride,
+                                   int32_t dst_stride, ajust_contrast_info*) {
+    if (height < 8) return;
+    const AdjustConstants a = load_adjust_constants();
+    const PlanarStretch s = planar_stretch(src_y, src_u, src_v, dst, width, src_stride, dst_stride,
+                                           loop_count(width >> 1, stretch_block / 2), 2 * stretch_block);
+    filtered_double_height_rows(int32_t(loop_count(height - 6, 2)),
+                                [&](int32_t r, Taps luma, Taps chroma) {
+                                    double_height_row<V, Adjusted>(s, a, r, luma, chroma);
+                                });
+}
+
+}  // namespace
+}  // namespace dispconv::kernels

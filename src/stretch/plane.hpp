@@ -1,0 +1,199 @@
+// Single-plane stretchers (twice the width and height, or twice the height) and the YV12
+// wrappers that run them on the three planes of a frame.
+#pragma once
+
+#include <utility>
+
+#include "stretch/common.hpp"
+
+namespace dispconv::kernels {
+namespace {
+
+constexpr int plane_strip = 8;  // source columns per strip or block
+
+// One strip of `plane_strip` source columns, top to bottom. An ordinary strip doubles with the
+// next strip's first sample as the right neighbour; the last strip repeats its own last sample.
+template <class V>
+void plane_strip_rows(const uint8_t* src, uint8_t* dst, int32_t height, ptrdiff_t src_pitch,
+                      ptrdiff_t dst_pitch, bool last_strip) {
+    constexpr int n = plane_strip;
+    uint8_t buf[2][2 * n];
+    uint8_t *above = buf[0], *row = buf[1];
+    auto doubled = [&](const uint8_t* s, uint8_t* out) {
+        V::double_run(s, last_strip ? s[n - 1] : s[n], out, n);
+    };
+    doubled(src, above);
+    for (int32_t r = 0; r + 1 < height; ++r) {
+        V::copy(above, dst + 2 * r * dst_pitch, 2 * n);
+        doubled(src + (r + 1) * src_pitch, row);
+        V::average(above, row, dst + (2 * r + 1) * dst_pitch, 2 * n);
+        std::swap(above, row);
+    }
+    V::copy(above, dst + (2 * ptrdiff_t(height) - 2) * dst_pitch, 2 * n);
+    // Deliberate: only the last strip repeats the bottom row in place; the others write the
+    // copy one row below the picture and leave row 2 * height - 1 as it was.
+    V::copy(above, dst + (2 * ptrdiff_t(height) - (last_strip ? 1 : 0)) * dst_pitch, 2 * n);
+}
+
+template <class V>
+void strech_pic_2X2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height, int32_t src_stride,
+                    int32_t dst_stride) {
+    const uint32_t ordinary = loop_count(width - plane_strip, plane_strip);
+    for (uint32_t i = 0; i < ordinary; ++i)
+        plane_strip_rows<V>(src + ptrdiff_t(i) * plane_strip, dst + ptrdiff_t(i) * 2 * plane_strip,
+                            height, src_stride, dst_stride, false);
+    plane_strip_rows<V>(src + ptrdiff_t(ordinary) * plane_strip,
+                        dst + ptrdiff_t(ordinary) * 2 * plane_strip, height, src_stride, dst_stride,
+                        true);
+}
+
+// Deliberate: every plane takes the luma gain; `plane` picks only the offset (1 luma, 2 U,
+// 3 V). Other values are unsupported and get no offset.
+inline Channel plane_channel(const AdjustConstants& a, int32_t plane) {
+    const int16_t offset = plane == 1   ? a.luma_offset
+                           : plane == 2 ? a.u_offset
+                           : plane == 3 ? a.v_offset
+                                        : int16_t(0);
+    return {a.luma_gain, offset};
+}
+
+// n samples doubled with the byte after them as the last one's neighbour.
+template <class V>
+void doubled_in_memory(const uint8_t* src, int n, uint8_t* out) {
+    V::double_run(src, src[n], out, n);
+}
+
+template <class V>
+void strech_pic_2X2_adjust(uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
+                           int32_t src_stride, int32_t dst_stride, ajust_contrast_info*,
+                           int32_t plane) {
+    constexpr int block = 2 * plane_strip;  // source samples per block of the row pairs
+    const Channel ch = plane_channel(load_adjust_constants(), plane);
+    auto put = [&](const uint8_t* samples, uint8_t* d, int n) { V::adjust(samples, d, n, ch.gain, ch.offset); };
+
+    // Row 0 in 8-sample blocks; the last sample of the row is averaged with the byte after it.
+    const uint32_t first_blocks = loop_count(width, plane_strip);
+    for (uint32_t i = 0; i < first_blocks; ++i) {
+        uint8_t h[2 * plane_strip];
+        doubled_in_memory<V>(src + ptrdiff_t(i) * plane_strip, plane_strip, h);
+        put(h, dst + ptrdiff_t(i) * 2 * plane_strip, 2 * plane_strip);
+    }
+
+    // The row pairs: whole 16-sample blocks (at least one), then, for a width off the block,
+    // the row's last 16 samples copied and averaged without doubling.
+    const int32_t whole = width >= 2 * block ? width / block * block : block;
+    const int32_t rem = width % block;
+    auto doubled_row = [&](const uint8_t* s, uint8_t* d) {
+        for (int32_t x = 0; x < whole; x += block) {
+            uint8_t h[2 * block];
+            doubled_in_memory<V>(s + x, block, h);
+            put(h, d + 2 * x, 2 * block);
+        }
+        if (rem) put(s + whole - (block - rem), d + 2 * whole - (block - rem), block);
+    };
+    auto averaged_row = [&](const uint8_t* s, const uint8_t* below, uint8_t* d) {
+        for (int32_t x = 0; x < whole; x += block) {
+            uint8_t h[2 * block], h_below[2 * block];
+            doubled_in_memory<V>(s + x, block, h);
+            doubled_in_memory<V>(below + x, block, h_below);
+            V::average(h, h_below, h, 2 * block);
+            put(h, d + 2 * x, 2 * block);
+        }
+        if (rem) {
+            const int32_t back = whole - (block - rem);
+            uint8_t m[block];
+            V::average(s + back, below + back, m, block);
+            put(m, d + 2 * whole - (block - rem), block);
+        }
+    };
+    // Deliberate: row k is found at the end of row k - 1 (only the lower neighbour uses
+    // src_stride), and a width off the block moves each row pair `rem` bytes further left.
+    const ptrdiff_t src_next = whole + (rem ? rem : 0);
+    const ptrdiff_t dst_next = 2 * ptrdiff_t(dst_stride) + 2 * whole + (rem ? rem : 0) - 2 * width;
+    const uint8_t* s = src;
+    uint8_t* d = dst + dst_stride;
+    for (uint32_t pair = loop_count(height - 1, 1); pair--; s += src_next, d += dst_next) {
+        doubled_row(s, d);
+        averaged_row(s, s + src_stride, d + dst_stride);
+    }
+    // Deliberate: step back one row and write the next-to-last source row over the last
+    // average and once more right after it (without a row step); the last source row only
+    // shows in the overwritten average.
+    s -= src_next;
+    d -= dst_stride;
+    doubled_row(s, d);
+    doubled_row(s, d + 2 * ptrdiff_t(width));
+}
+
+template <class V>
+void strech_pic_1X2_adjust(uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
+                           int32_t src_stride, int32_t dst_stride, ajust_contrast_info*,
+                           int32_t plane) {
+    constexpr int block = 2 * plane_strip;
+    const Channel ch = plane_channel(load_adjust_constants(), plane);
+    const uint32_t blocks = loop_count(width, block);
+    // Blocks of 16; the last one is moved back to end at the row's last sample.
+    auto block_at = [&](uint32_t i) {
+        return i + 1 == blocks ? ptrdiff_t(width) - block : ptrdiff_t(i) * block;
+    };
+    auto copied_row = [&](const uint8_t* s, uint8_t* d) {
+        for (uint32_t i = 0; i < blocks; ++i)
+            V::adjust(s + block_at(i), d + block_at(i), block, ch.gain, ch.offset);
+    };
+    auto averaged_row = [&](const uint8_t* s, const uint8_t* below, uint8_t* d) {
+        for (uint32_t i = 0; i < blocks; ++i) {
+            uint8_t m[block];
+            V::average(s + block_at(i), below + block_at(i), m, block);
+            V::adjust(m, d + block_at(i), block, ch.gain, ch.offset);
+        }
+    };
+    copied_row(src, dst);
+    const uint8_t* s = src;
+    uint8_t* d = dst + dst_stride;
+    for (uint32_t pair = loop_count(height - 1, 1); pair--; s += src_stride, d += 2 * ptrdiff_t(dst_stride)) {
+        copied_row(s, d);
+        averaged_row(s, s + src_stride, d + dst_stride);
+    }
+    // Deliberate: the next-to-last source row overwrites the last average and is written
+    // once more right after it (without a row step); the last source row is never shown.
+    s -= src_stride;
+    d -= dst_stride;
+    copied_row(s, d);
+    copied_row(s, d + width);
+}
+
+// YV12 wrappers: the enlarged Y plane, then V, then U in one buffer, chroma planes with half
+// the sizes and strides.
+template <class V, void (*stretch_plane)(uint8_t*, uint8_t*, int32_t, int32_t, int32_t, int32_t,
+                                         ajust_contrast_info*, int32_t)>
+void stretch_yv12_planes(void* src_y, void* src_u, void* src_v, void* dst_, int32_t width,
+                         int32_t height, int32_t src_stride, int32_t dst_stride,
+                         ajust_contrast_info* adjust) {
+    auto* dst = static_cast<uint8_t*>(dst_);
+    const ptrdiff_t luma_area = 2 * ptrdiff_t(height) * dst_stride;
+    stretch_plane(static_cast<uint8_t*>(src_y), dst, width, height, src_stride, dst_stride, adjust, 1);
+    // Deliberate: the plane from src_v takes the U offset and the plane from src_u the V offset.
+    stretch_plane(static_cast<uint8_t*>(src_v), dst + luma_area, width >> 1, height >> 1,
+                  src_stride >> 1, dst_stride >> 1, adjust, 2);
+    stretch_plane(static_cast<uint8_t*>(src_u), dst + luma_area + (luma_area >> 2), width >> 1,
+                  height >> 1, src_stride >> 1, dst_stride >> 1, adjust, 3);
+}
+
+template <class V>
+void strech_picture_2X2_yv12_ajust(void* src_y, void* src_u, void* src_v, void* dst,
+                                   int32_t width, int32_t height, int32_t src_stride,
+                                   int32_t dst_stride, ajust_contrast_info* adjust) {
+    stretch_yv12_planes<V, strech_pic_2X2_adjust<V>>(src_y, src_u, src_v, dst, width, height,
+                                                     src_stride, dst_stride, adjust);
+}
+
+template <class V>
+void strech_picture_1X2_yv12_ajust(void* src_y, void* src_u, void* src_v, void* dst,
+                                   int32_t width, int32_t height, int32_t src_stride,
+                                   int32_t dst_stride, ajust_contrast_info* adjust) {
+    stretch_yv12_planes<V, strech_pic_1X2_adjust<V>>(src_y, src_u, src_v, dst, width, height,
+                                                     src_stride, dst_stride, adjust);
+}
+
+}  // namespace
+}  // namespace dispconv::kernels

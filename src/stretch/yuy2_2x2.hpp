@@ -1,0 +1,84 @@
+// Packed YUY2 frame to a YUY2 surface of twice the width and height, walked in vertical
+// strips 16 source pixels wide. The source has chroma on every row, so each destination row
+// pair is one doubled source row and its average with the next doubled row.
+#pragma once
+
+#include <utility>
+
+#include "stretch/common.hpp"
+
+namespace dispconv::kernels {
+namespace {
+
+constexpr int yuy2_strip = 16;  // source pixels (32 bytes) per strip
+
+// One source row of a strip separated, adjusted if enabled and doubled, back in YUY2 order
+// (64 bytes). The neighbours of the last samples are the next strip's first ones, or the
+// strip's own last ones at the right edge.
+template <class V, class Adjust>
+void doubled_yuy2(const uint8_t* src, bool right_edge, const AdjustConstants& a, uint8_t* out) {
+    constexpr int n = yuy2_strip, c = yuy2_strip / 2;
+    uint8_t y[n + 1], u[c + 1], v[c + 1], dy[2 * n], du[2 * c], dv[2 * c];
+    V::split_yuy2(src, y, u, v, n);
+    if (right_edge) {
+        y[n] = y[n - 1], u[c] = u[c - 1], v[c] = v[c - 1];
+    } else {
+        y[n] = src[2 * n], u[c] = src[2 * n + 1], v[c] = src[2 * n + 3];
+    }
+    maybe_adjust<V, Adjust>(y, n + 1, luma_channel(a));
+    maybe_adjust<V, Adjust>(u, c + 1, u_channel(a));
+    maybe_adjust<V, Adjust>(v, c + 1, v_channel(a));
+    V::double_run(y, y[n], dy, n);
+    V::double_run(u, u[c], du, c);
+    V::double_run(v, v[c], dv, c);
+    V::join_yuy2(dy, du, dv, out, 2 * n);
+}
+
+template <class V, class Adjust>
+void yuy2_strip_rows(const uint8_t* src, uint8_t* dst, int32_t rows, int32_t src_pitch,
+                     ptrdiff_t dst_pitch, bool right_edge, const AdjustConstants& a) {
+    constexpr int bytes = 4 * yuy2_strip;
+    uint8_t buf[2][bytes];
+    uint8_t *above = buf[0], *row = buf[1];
+    for (int32_t r = 0; r < rows; ++r) {
+        doubled_yuy2<V, Adjust>(src + ptrdiff_t(r) * src_pitch, right_edge, a, row);
+        if (r > 0) V::average(above, row, dst + (2 * r - 1) * dst_pitch, bytes);
+        V::copy(row, dst + 2 * r * dst_pitch, bytes);
+        std::swap(above, row);
+    }
+    // Deliberate: the bottom row repeats the one above it.
+    V::copy(above, dst + (2 * rows - 1) * dst_pitch, bytes);
+}
+
+template <class V, class Adjust>
+void stretch_2x2_yuy2(void* src_, void* dst_, int32_t width, int32_t height, int32_t dst_stride) {
+    if (height < 16) return;
+    const AdjustConstants a = adjust_snapshot<Adjust>();
+    auto* src = static_cast<const uint8_t*>(src_);
+    auto* dst = static_cast<uint8_t*>(dst_);
+    // Source rows go in pairs: the first and last pair, then at least one middle pair.
+    const int32_t rows = 2 * (int32_t(loop_count(height - 4, 2)) + 2);
+    // Deliberate: the strip counter must reach zero exactly; other widths run past the picture.
+    uint32_t counter = static_cast<uint32_t>(width) - 2 * yuy2_strip;
+    do {
+        yuy2_strip_rows<V, Adjust>(src, dst, rows, width, dst_stride, false, a);
+        src += 2 * yuy2_strip, dst += 4 * yuy2_strip;
+        counter -= 2 * yuy2_strip;
+    } while (counter != 0);
+    yuy2_strip_rows<V, Adjust>(src, dst, rows, width, dst_stride, true, a);
+}
+
+template <class V>
+void yuy2_strech_picture_2X2_yuy2(void* src, void*, void*, void* dst, int32_t width,
+                                  int32_t height, int32_t dst_stride) {
+    stretch_2x2_yuy2<V, Plain>(src, dst, width, height, dst_stride);
+}
+
+template <class V>
+void yuy2_strech_picture_2X2_yuy2_ajust(void* src, void*, void*, void* dst, int32_t width,
+                                        int32_t height, int32_t dst_stride, ajust_contrast_info*) {
+    stretch_2x2_yuy2<V, Adjusted>(src, dst, width, height, dst_stride);
+}
+
+}  // namespace
+}  // namespace dispconv::kernels

@@ -1,0 +1,199 @@
+// Double-height stretch of a planar frame to YUY2 and to RGB.
+#include "stretch/stretch_model.hpp"
+
+namespace dispconv::test {
+namespace {
+
+const std::vector<RowSpec> filtered_h8 = {
+    {{'c', 0}, {'c', 0}}, {{'a', 0}, {'c', 0}}, {{'c', 1}, {'a', 0}}, {{'a', 1}, {'a', 0}},
+    {{'c', 2}, {'c', 1}}, {{'f', 1}, {'c', 1}}, {{'c', 3}, {'f', 0}}, {{'f', 2}, {'f', 0}},
+    {{'c', 4}, {'c', 2}}, {{'f', 3}, {'c', 2}}, {{'c', 5}, {'a', 2}}, {{'f', 4}, {'a', 2}},
+    {{'c', 6}, {'c', 3}}, {{'a', 6}, {'c', 3}}, {{'c', 7}, {'c', 3}}, {{'c', 7}, {'c', 3}},
+};
+const std::vector<RowSpec> filtered_h10 = {
+    {{'c', 0}, {'c', 0}}, {{'a', 0}, {'c', 0}}, {{'c', 1}, {'a', 0}}, {{'a', 1}, {'a', 0}},
+    {{'c', 2}, {'c', 1}}, {{'f', 1}, {'c', 1}}, {{'c', 3}, {'f', 0}}, {{'f', 2}, {'f', 0}},
+    {{'c', 4}, {'c', 2}}, {{'f', 3}, {'c', 2}}, {{'c', 5}, {'f', 1}}, {{'f', 4}, {'f', 1}},
+    {{'c', 6}, {'c', 3}}, {{'f', 5}, {'c', 3}}, {{'c', 7}, {'a', 3}}, {{'f', 6}, {'a', 3}},
+    {{'c', 8}, {'c', 4}}, {{'a', 8}, {'c', 4}}, {{'c', 9}, {'c', 4}}, {{'c', 9}, {'c', 4}},
+};
+
+Row tap_row(const Plane& p, Tap t) {
+    const Row r0 = p.row(t.first);
+    if (t.kind == 'c') return r0;
+    const Row r1 = p.row(t.first + 1);
+    if (t.kind == 'a') return avg_rows(r0, r1);
+    const Row r2 = p.row(t.first + 2), r3 = p.row(t.first + 3);
+    Row out(r0.size());
+    for (size_t i = 0; i < out.size(); ++i) out[i] = filt(r0[i], r1[i], r2[i], r3[i]);
+    return out;
+}
+
+// Expected YUY2 surface: one row per spec, adjusted afterwards when `gains` are given.
+Buffer expected_yuy2(const Frame& f, const std::vector<RowSpec>& specs, int dst_stride,
+                     const ajust_contrast_info* s) {
+    Buffer b(size_t(dst_stride) * specs.size());
+    for (size_t r = 0; r < specs.size(); ++r) {
+        Row y = tap_row(f.y, specs[r].luma), u = tap_row(f.u, specs[r].chroma),
+            v = tap_row(f.v, specs[r].chroma);
+        if (s) {
+            y = adj_row(y, s->luma_gain, s->luma_offset);
+            u = adj_row(u, s->chroma_gain, s->u_offset);
+            v = adj_row(v, s->chroma_gain, s->v_offset);
+        }
+        put_row(b, ptrdiff_t(r) * dst_stride, yuy2(y, u, v));
+    }
+    return b;
+}
+
+TEST(DoubleHeightYuy2, MatchesRowTables) {
+    ajust_contrast_info s = settings(80, 48, -20, 30, -10);
+    struct Case {
+        const char* name;
+        const std::vector<RowSpec>* specs;
+        bool adjusted;
+        int w;
+    } cases[] = {
+        {"plain h8", &plain_h8, false, 32},
+        {"plain h8 one block", &plain_h8, false, 16},
+        {"filtered h8", &filtered_h8, true, 32},
+        {"filtered h10", &filtered_h10, true, 48},
+    };
+    for (const Case& c : cases) {
+        const int h = int(c.specs->size()) / 2, dst_stride = 2 * c.w + 8;
+        Frame f(c.w, h, 7u + h);
+        Buffer dst(size_t(dst_stride) * 2 * h);
+        get_contrast_data(&s);
+        if (c.adjusted)
+            strech_picture_1X2_yuy2_ajust(f.y.data(), f.u.data(), f.v.data(), dst.data(), c.w, h,
+                                          f.y.pitch, dst_stride, nullptr);
+        else
+            strech_picture_1X2_yuy2(f.y.data(), f.u.data(), f.v.data(), dst.data(), c.w, h,
+                                    f.y.pitch, dst_stride, nullptr);
+        EXPECT_TRUE(same_bytes(expected_yuy2(f, *c.specs, dst_stride, c.adjusted ? &s : nullptr), dst))
+            << c.name;
+    }
+}
+
+// Hand values: rounding of the two-row average and the filter's clamping, through luma
+// columns of an otherwise flat 8-row picture (neutral adjustment).
+TEST(DoubleHeightYuy2, AverageAndFilterValues) {
+    struct Case {
+        uint8_t rows[4];  // source rows 1..4 of one column
+        uint8_t average_1_2, filtered_2_3;  // destination rows 3 and 5
+    } cases[] = {
+        {{0, 1, 0, 0}, 1, 0},              // avg(0, 1) rounds up; F(0, 1, 0, 0) = 5 >> 3 = 0
+        {{254, 255, 0, 0}, 255, 127},      // F(254, 255, 0, 0) = (1275 - 254) >> 3
+        {{255, 0, 0, 255}, 128, 0},        // negative, clamped to 0
+        {{0, 255, 255, 0}, 128, 255},      // 318, clamped to 255
+        {{0, 10, 11, 0}, 5, 13},           // 105 >> 3
+    };
+    set_adjust();
+    const int w = 16, h = 8;
+    Frame f(w, h, 3);
+    for (int c = 0; c < 5; ++c)
+        for (int r = 0; r < 4; ++r) f.y.data()[(r + 1) * f.y.pitch + c] = cases[c].rows[r];
+    Buffer plain(size_t(2 * w) * 2 * h), filtered(size_t(2 * w) * 2 * h);
+    strech_picture_1X2_yuy2(f.y.data(), f.u.data(), f.v.data(), plain.data(), w, h, f.y.pitch, 2 * w, nullptr);
+    strech_picture_1X2_yuy2_ajust(f.y.data(), f.u.data(), f.v.data(), filtered.data(), w, h, f.y.pitch, 2 * w, nullptr);
+    for (int c = 0; c < 5; ++c) {
+        EXPECT_EQ(plain[3 * 2 * w + 2 * c], cases[c].average_1_2) << "column " << c;
+        EXPECT_EQ(filtered[5 * 2 * w + 2 * c], cases[c].filtered_2_3) << "column " << c;
+    }
+}
+
+// Kernels that refuse small heights leave the whole destination untouched.
+TEST(DoubleHeight, RefusedHeights) {
+    using Kernel = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t, ajust_contrast_info*);
+    struct Case {
+        const char* name;
+        Kernel kernel;
+        int32_t highest_refused;
+    } cases[] = {
+        {"1X2_yuy2", strech_picture_1X2_yuy2, 7},
+        {"1X2_yuy2_ajust", strech_picture_1X2_yuy2_ajust, 7},
+        {"1X2_rgb32", strech_picture_1X2_yuy2_ajust_rgb32, 11},
+        {"1X2_rgb24", strech_picture_1X2_yuy2_ajust_rgb24, 11},
+        {"1X2_rgb16", strech_picture_1X2_yuy2_ajust_rgb16, 11},
+        {"2X2_yuy2", strech_picture_2X2_yuy2, 7},
+        {"2X2_yuy2_ajust", strech_picture_2X2_yuy2_ajust, 7},
+    };
+    set_adjust();
+    ajust_contrast_info s = settings();
+    Frame f(32, 16, 5);
+    for (const Case& c : cases) {
+        for (int32_t h : {c.highest_refused, 0, -4}) {
+            Buffer dst(4 * 32 * 4 * 32), untouched(4 * 32 * 4 * 32);
+            c.kernel(f.y.data(), f.u.data(), f.v.data(), dst.data(), 32, h, f.y.pitch, 128, &s);
+            EXPECT_TRUE(same_bytes(untouched, dst)) << c.name << " height " << h;
+        }
+    }
+}
+
+// The RGB stretchers equal the YUY2 loader's conversion of the plain YUY2 stretch of the
+// same frame, whose samples were adjusted beforehand.
+TEST(DoubleHeightRgb, EqualsConversionOfPlainStretch) {
+    using Kernel = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t, ajust_contrast_info*);
+    struct Case {
+        const char* name;
+        Kernel stretch, load;
+        int bpp, layout;
+    } cases[] = {
+        {"rgb32", strech_picture_1X2_yuy2_ajust_rgb32, LoadYUY2_RGB32, 4, 0},
+        {"rgb24", strech_picture_1X2_yuy2_ajust_rgb24, LoadYUY2_RGB24, 3, 0},
+        {"rgb16 layout 0", strech_picture_1X2_yuy2_ajust_rgb16, LoadYUY2_RGB16, 2, 0},
+        {"rgb16 layout 1", strech_picture_1X2_yuy2_ajust_rgb16, LoadYUY2_RGB16, 2, 1},
+        {"rgb16 layout 3", strech_picture_1X2_yuy2_ajust_rgb16, LoadYUY2_RGB16, 2, 3},
+    };
+    const ajust_contrast_info adjustments[] = {settings(), settings(90, 40, -16, 50, 70)};
+    const int w = 48, h = 14;
+    for (const ajust_contrast_info& a : adjustments) {
+        Frame f(w, h, 11), pre(w, h, 11);
+        for (int r = 0; r < h; ++r) pre.y.set_row(r, adj_row(f.y.row(r), a.luma_gain, a.luma_offset));
+        for (int r = 0; r < h / 2; ++r) {
+            pre.u.set_row(r, adj_row(f.u.row(r), a.chroma_gain, a.u_offset));
+            pre.v.set_row(r, adj_row(f.v.row(r), a.chroma_gain, a.v_offset));
+        }
+        set_adjust();
+        Buffer stretched(size_t(2 * w) * 2 * h);
+        strech_picture_1X2_yuy2(pre.y.data(), pre.u.data(), pre.v.data(), stretched.data(), w, h,
+                                pre.y.pitch, 2 * w, nullptr);
+        for (const Case& c : cases) {
+            ajust_contrast_info s = a;
+            s.rgb16_layout = c.layout;
+            const int dst_stride = w * c.bpp + 12;
+            Buffer want(size_t(dst_stride) * 2 * h), got(size_t(dst_stride) * 2 * h);
+            c.load(stretched.data(), nullptr, nullptr, want.data(), w, 2 * h, w, dst_stride, &s);
+            get_contrast_data(&s);
+            c.stretch(f.y.data(), f.u.data(), f.v.data(), got.data(), w, h, f.y.pitch, dst_stride, &s);
+            EXPECT_TRUE(same_bytes(want, got)) << c.name << " luma gain " << a.luma_gain;
+        }
+    }
+}
+
+TEST(DoubleHeightRgb, Rgb16RefusesLayoutsOutsideRange) {
+    set_adjust();
+    Frame f(16, 12, 9);
+    for (int32_t layout : {4, -1, 1000}) {
+        ajust_contrast_info s = settings();
+        s.rgb16_layout = layout;
+        Buffer dst(2 * 16 * 24), untouched(2 * 16 * 24);
+        strech_picture_1X2_yuy2_ajust_rgb16(f.y.data(), f.u.data(), f.v.data(), dst.data(), 16, 12,
+                                            f.y.pitch, 32, &s);
+        EXPECT_TRUE(same_bytes(untouched, dst)) << "layout " << layout;
+    }
+}
+
+// The 32-bit kernel rounds the width up to whole 16-pixel strips.
+TEST(DoubleHeightRgb, Rgb32RoundsWidthUpToStrips) {
+    set_adjust();
+    const int h = 12, dst_stride = 32 * 4;
+    Frame f(32, h, 21);
+    Buffer whole(size_t(dst_stride) * 2 * h), partial(size_t(dst_stride) * 2 * h);
+    strech_picture_1X2_yuy2_ajust_rgb32(f.y.data(), f.u.data(), f.v.data(), whole.data(), 32, h, f.y.pitch, dst_stride, nullptr);
+    strech_picture_1X2_yuy2_ajust_rgb32(f.y.data(), f.u.data(), f.v.data(), partial.data(), 17, h, f.y.pitch, dst_stride, nullptr);
+    EXPECT_TRUE(same_bytes(whole, partial));
+}
+
+}  // namespace
+}  // namespace dispconv::test
