@@ -319,7 +319,82 @@ DISPCONV_API void strech_opt_yuy2_ajust(tagVideoFrame *frame, int32_t start_line
 /* Sub-picture preparation and colour key                                                      */
 /* ------------------------------------------------------------------------------------------ */
 
-/* (sub-picture kernels) */
+/* RGB sub-picture bitmap at `image` (rows image_stride bytes apart) to the Y, U and V planes of
+ * an AYUY2 sub-picture, 8-pixel blocks, BT.601 studio range, U and V from the even pixel of each
+ * pair. Reads sub_stride, image_stride, width, height, image, color_key. A block whose 8 pixels
+ * all equal the key is skipped and its plane bytes left untouched; any other block is written
+ * whole. Advances sub_y, sub_u, sub_v (by height rows) and sub_opacity (by height times
+ * sub_stride - width only; nothing is written through it) in the record.
+ * width must be at least 8 and height at least 1 (smaller values run on past the buffers); the
+ * last width % 8 pixels of a row are not converted and each following row starts that many
+ * pixels early. RGB32: the fourth byte is ORed into the constant term (keep it 0), the key is
+ * compared on all 32 bits. RGB24: reads one byte past each row; the key is compared with the
+ * pixel's three bytes, so a key with a non-zero top byte never matches. RGB16: 5-6-5 widened
+ * without bit replication, key compared on its low 16 bits. */
+DISPCONV_API void Convert_RGB32_To_AYUY2(MIX_INFO *info);
+DISPCONV_API void Convert_RGB24_To_AYUY2(MIX_INFO *info);
+DISPCONV_API void Convert_RGB16_565_To_AYUY2(MIX_INFO *info);
+
+/* Opacity plane (sub_opacity) to and from an RGB bitmap (image) whose blue component carries
+ * the level. Reads frame_stride, image_stride, width, height, image, sub_opacity; the pointer
+ * fields are left unchanged. The opacity rows are (frame_stride - width) >> 1 bytes apart beyond
+ * the pixels handled (deliberately frame_stride, not sub_stride: pass frame_stride = width for a
+ * packed plane). height must be at least 1 (0 runs on past the buffers); an image_stride below
+ * width times the pixel size handles the first row only. Blocks of 8 pixels for
+ * Restore_RGB32_To_Alpha and Restore_RGB24_To_Alpha, 16 for the others: each row handles
+ * width rounded up to the block (at least one block), the padding needed on both planes.
+ * The two RGB24 kernels count height down to 0 in the record.
+ *  - load_subpicture_alpha_rgb32 / _rgb24 / _rgb16_565 write level a as the pixel a,0,0,0 /
+ *    a,0,0 / the 16-bit value a (levels above 31 spill into the green field).
+ *  - Restore_RGB32_To_Alpha takes the first (blue) byte of each pixel; Restore_RGB16_565_To_Alpha
+ *    the blue field (value & 0x1F); Restore_RGB24_To_Alpha deliberately takes the first byte of
+ *    the next pixel, so levels come back one pixel to the left and each row reads one byte past
+ *    its rounded-up end. */
+DISPCONV_API void Restore_RGB32_To_Alpha(MIX_INFO *info);
+DISPCONV_API void Restore_RGB24_To_Alpha(MIX_INFO *info);
+DISPCONV_API void Restore_RGB16_565_To_Alpha(MIX_INFO *info);
+DISPCONV_API void load_subpicture_alpha_rgb32(MIX_INFO *info);
+DISPCONV_API void load_subpicture_alpha_rgb24(MIX_INFO *info);
+DISPCONV_API void load_subpicture_alpha_rgb16_565(MIX_INFO *info);
+
+/* AYUY2 sub-picture planes to a colour-keyed RGB32 (B, G, R, 0), RGB24 or 5-6-5 bitmap at
+ * image, 16-pixel blocks. Reads frame_stride (pixels per row), image_stride, height, sub_y,
+ * sub_u, sub_v, sub_opacity, image, color_key; the record is left unchanged. The planes are read
+ * back to back: each row consumes frame_stride rounded up to 16 bytes of sub_y and sub_opacity
+ * and half that of sub_u and sub_v; the bitmap needs room for as many pixels per row. height 0
+ * converts one row. Per pixel, opacity 0 writes the key, 1..127 the converted colour, 128..255
+ * zero. RGB32/RGB24 key: deliberately the low byte of color_key is red and the third blue. The
+ * RGB16 kernels write the low 16 bits of color_key as the key, read
+ * surface_format->rgb16_layout, return without writing for a value above 3 and deliberately
+ * write 5-6-5 for 0..3 alike. */
+DISPCONV_API void load_subpicture_yuy2_rgb32(MIX_INFO *info);
+DISPCONV_API void load_subpicture_yuy2_rgb32_ajust(MIX_INFO *info);
+DISPCONV_API void load_subpicture_yuy2_rgb24(MIX_INFO *info);
+DISPCONV_API void load_subpicture_yuy2_rgb24_ajust(MIX_INFO *info);
+DISPCONV_API void load_subpicture_yuy2_rgb16(MIX_INFO *info);
+DISPCONV_API void load_subpicture_yuy2_rgb16_ajust(MIX_INFO *info);
+
+/* Fills a rectangle of an RGB surface with color_key (RGB32: all 32 bits; RGB16: the low 16
+ * bits; RGB24: the low 24). `reserved` is not read; stride counts bytes. height 0 returns
+ * without writing; otherwise rows go in pairs (an odd height fills one extra row) and every row
+ * gets width rounded up to 16 pixels (at least 16). The step to the next row pair uses the
+ * nominal width, so a width off the block drifts right by the overshoot every pair: pass
+ * multiples of 16. LoadColorKeyRgb24 deliberately stores its three fill words out of order,
+ * giving a uniform rectangle only for keys whose three low bytes are equal. */
+DISPCONV_API void LoadColorKeyRgb32(uint32_t color_key, void *surface, int32_t width,
+                                    int32_t height, int32_t reserved, int32_t stride);
+DISPCONV_API void LoadColorKeyRgb24(uint32_t color_key, void *surface, int32_t width,
+                                    int32_t height, int32_t reserved, int32_t stride);
+DISPCONV_API void LoadColorKeyRgb16(uint32_t color_key, void *surface, int32_t width,
+                                    int32_t height, int32_t reserved, int32_t stride);
+
+/* Where mask holds the low byte of mask_value, dst takes the low byte of key_value; every other
+ * dst byte is left unchanged. Both planes share stride. Each row handles width rounded up to 16
+ * bytes (at least 16), with the same drift as the fills for a width off the block; height 0
+ * still processes one row. */
+DISPCONV_API void RelaceMaskWithColorKey(uint8_t *dst, uint8_t *mask, uint32_t mask_value,
+                                         uint32_t key_value, int32_t width, int32_t stride,
+                                         int32_t height);
 
 /* ------------------------------------------------------------------------------------------ */
 /* Sub-picture mixing                                                                          */

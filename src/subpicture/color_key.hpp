@@ -1,0 +1,83 @@
+// Colour-key fills of RGB surfaces and the replacement of marked bytes of a plane by a key byte.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "core/geometry.hpp"
+
+namespace dispconv::kernels {
+namespace {
+
+constexpr int key_block = 16;  // pixels (bytes for the mask replacement)
+
+// 64-bit word stored in memory order, least significant byte first.
+inline void put_u64(uint8_t* p, uint64_t w) {
+    for (int i = 0; i < 8; ++i) p[i] = static_cast<uint8_t>(w >> (8 * i));
+}
+
+// Rows two at a time, 16-pixel blocks, steps from the nominal width (so a width off the
+// block drifts right row pair by row pair).
+template <class V, int bpp>
+void fill_color_key(const uint8_t* pattern, int pattern_bytes, void* surface, int32_t width,
+                    int32_t height, int32_t stride) {
+    if (height == 0) return;
+    constexpr int block_bytes = key_block * bpp;
+    const uint32_t blocks = loop_count(width, key_block);
+    const ptrdiff_t next = 2 * ptrdiff_t(stride) - ptrdiff_t(width) * bpp;
+    auto* row = static_cast<uint8_t*>(surface);
+    for (uint32_t pair = loop_count(height, 2); pair--; row += next) {
+        for (uint32_t i = 0; i < blocks; ++i, row += block_bytes) {
+            V::fill_pattern(row, pattern, pattern_bytes, block_bytes);
+            V::fill_pattern(row + stride, pattern, pattern_bytes, block_bytes);
+        }
+    }
+}
+
+template <class V>
+void LoadColorKeyRgb32(uint32_t color_key, void* surface, int32_t width, int32_t height, int32_t,
+                       int32_t stride) {
+    uint8_t pattern[8];
+    put_u64(pattern, uint64_t(color_key) << 32 | color_key);
+    fill_color_key<V, 4>(pattern, 8, surface, width, height, stride);
+}
+
+template <class V>
+void LoadColorKeyRgb16(uint32_t color_key, void* surface, int32_t width, int32_t height, int32_t,
+                       int32_t stride) {
+    const uint64_t k = color_key & 0xFFFFu;
+    uint8_t pattern[8];
+    put_u64(pattern, k << 48 | k << 32 | k << 16 | k);
+    fill_color_key<V, 2>(pattern, 8, surface, width, height, stride);
+}
+
+// Deliberate: the three words are stored A, B, C (a straight repetition would need C, B, A),
+// so the pixels of each group of eight come out with their bytes rotated unless the key's
+// three low bytes are equal; a non-zero top byte is ORed in where the low byte falls.
+template <class V>
+void LoadColorKeyRgb24(uint32_t color_key, void* surface, int32_t width, int32_t height, int32_t,
+                       int32_t stride) {
+    const uint64_t k = color_key;
+    uint8_t pattern[24];
+    put_u64(pattern, k << 40 | k << 16 | k >> 8);
+    put_u64(pattern + 8, k << 56 | k << 32 | k << 8 | k >> 16);
+    put_u64(pattern + 16, k << 48 | k | k << 24);
+    fill_color_key<V, 3>(pattern, 24, surface, width, height, stride);
+}
+
+template <class V>
+void RelaceMaskWithColorKey(uint8_t* dst, uint8_t* mask, uint32_t mask_value, uint32_t key_value,
+                            int32_t width, int32_t stride, int32_t height) {
+    const auto marker = static_cast<uint8_t>(mask_value);
+    const auto key = static_cast<uint8_t>(key_value);
+    const uint32_t blocks = loop_count(width, key_block);
+    const ptrdiff_t next = ptrdiff_t(stride) - width;
+    // No check on entry: a height of 0 still processes one row.
+    for (uint32_t row = loop_count(height, 1); row--; dst += next, mask += next) {
+        for (uint32_t i = 0; i < blocks; ++i, dst += key_block, mask += key_block)
+            V::replace_marked(mask, marker, key, dst, key_block);
+    }
+}
+
+}  // namespace
+}  // namespace dispconv::kernels

@@ -1,0 +1,59 @@
+// RGB sub-picture bitmaps to the Y, U and V planes of an AYUY2 sub-picture, skipping blocks
+// that are entirely colour key.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "core/formats.hpp"
+#include "dispconv.h"
+
+namespace dispconv::kernels {
+namespace {
+
+template <class V, class Format>
+void rgb_to_ayuy2(MIX_INFO* info) {
+    constexpr int block = 8;  // pixels
+    constexpr int bpp = Format::bytes_per_pixel;
+    const int32_t width = info->width;
+    const int32_t sub_skip = info->sub_stride - width;
+    const ptrdiff_t image_skip = ptrdiff_t(info->image_stride) - ptrdiff_t(width) * bpp;
+    // Unsigned halving: a negative row remainder becomes a huge step, as the record defines.
+    const uint32_t chroma_skip = static_cast<uint32_t>(sub_skip) >> 1;
+    const uint32_t blocks = static_cast<uint32_t>(width) / block;
+    const uint8_t* src = info->image;
+    uint8_t* y = info->sub_y;
+    uint8_t* u = info->sub_u;
+    uint8_t* v = info->sub_v;
+    uint8_t* opacity = info->sub_opacity;
+
+    // Both counters are tested after counting down: width < 8 or height 0 run on (caller error).
+    uint32_t rows = static_cast<uint32_t>(info->height);
+    do {
+        uint32_t left = blocks;
+        do {
+            if (!V::template all_key<Format>(src, block, info->color_key)) {
+                uint8_t bgrx[4 * block];
+                V::template expand_bgrx<Format>(src, bgrx, block);
+                V::bgrx_to_subpicture(bgrx, block, y, u, v);
+            }
+            src += block * bpp, y += block, u += block / 2, v += block / 2;
+        } while (--left != 0);
+        // The steps use the nominal width: a width off the block starts each row earlier.
+        src += image_skip, y += sub_skip, u += chroma_skip, v += chroma_skip;
+        // Deliberate: the opacity pointer moves by the row remainder alone, nothing is written.
+        opacity += sub_skip;
+    } while (--rows != 0);
+
+    info->sub_y = y, info->sub_u = u, info->sub_v = v, info->sub_opacity = opacity;
+}
+
+template <class V>
+void Convert_RGB32_To_AYUY2(MIX_INFO* info) { rgb_to_ayuy2<V, Rgb32>(info); }
+template <class V>
+void Convert_RGB24_To_AYUY2(MIX_INFO* info) { rgb_to_ayuy2<V, Rgb24>(info); }
+template <class V>
+void Convert_RGB16_565_To_AYUY2(MIX_INFO* info) { rgb_to_ayuy2<V, Rgb16>(info); }
+
+}  // namespace
+}  // namespace dispconv::kernels

@@ -1,0 +1,164 @@
+// AYUY2 sub-picture planes to colour-keyed RGB bitmaps.
+#include <cstring>
+
+#include "support/test_support.hpp"
+
+namespace dispconv::test {
+namespace {
+
+using Kernel = void (*)(MIX_INFO*);
+using FrameKernel = void(*) DISPCONV_FRAME_SIGNATURE;
+
+struct Format {
+    const char* name;
+    Kernel plain, adjusted;
+    FrameKernel frame_plain, frame_adjusted;  // the YUY2 frame loaders of the same format
+    int bpp;
+};
+const Format rgb32{"RGB32", load_subpicture_yuy2_rgb32, load_subpicture_yuy2_rgb32_ajust,
+                   LoadYUY2_RGB32, LoadYUY2_RGB32_adjust, 4};
+const Format rgb24{"RGB24", load_subpicture_yuy2_rgb24, load_subpicture_yuy2_rgb24_ajust,
+                   LoadYUY2_RGB24, LoadYUY2_RGB24_adjust, 3};
+const Format rgb16{"RGB16", load_subpicture_yuy2_rgb16, load_subpicture_yuy2_rgb16_ajust,
+                   LoadYUY2_RGB16, LoadYUY2_RGB16_adjust, 2};
+
+// Planes of `pixels` samples read back to back, and a bitmap of `rows` rows.
+struct Job {
+    Buffer y, u, v, opacity, image;
+    ajust_contrast_info surface{};
+    MIX_INFO info{};
+    Job(int row_pixels, int rows, int image_stride, size_t image_size)
+        : y(size_t(row_pixels) * rows), u(y.size() / 2), v(y.size() / 2), opacity(y.size()),
+          image(image_size) {
+        info.frame_stride = row_pixels, info.sub_stride = 999, info.width = 999;  // last two unread
+        info.image_stride = image_stride, info.height = rows;
+        info.sub_y = y.data(), info.sub_u = u.data(), info.sub_v = v.data();
+        info.sub_opacity = opacity.data();
+        info.image = image.data();
+        info.surface_format = &surface;
+    }
+};
+
+// One block of 16 equal pixels.
+TEST(SubpictureToRgb, OpacitySelectAndKey) {
+    struct Case {
+        const Format& f;
+        uint8_t opacity, y;
+        uint32_t key;
+        std::vector<uint8_t> pixel;
+    };
+    const uint32_t key = 0x00FF00FF;
+    const Case cases[] = {
+        {rgb32, 0, 100, 0x00FF00FF, {255, 0, 255, 0}},
+        {rgb32, 0, 100, 0x000000FF, {0, 0, 255, 0}},     // low byte is red
+        {rgb32, 0, 100, 0xFF332211, {0x33, 0x22, 0x11, 0}},  // fourth byte ignored
+        {rgb24, 0, 100, 0x000000FF, {0, 0, 255}},
+        {rgb24, 0, 100, 0x00332211, {0x33, 0x22, 0x11}},
+        {rgb16, 0, 100, 0x1234F81F, {0x1F, 0xF8}},       // raw low 16 bits
+        {rgb32, 16, 235, key, {254, 254, 254, 0}},
+        {rgb32, 1, 235, key, {254, 254, 254, 0}},
+        {rgb32, 127, 235, key, {254, 254, 254, 0}},
+        {rgb32, 128, 235, key, {0, 0, 0, 0}},
+        {rgb32, 200, 235, key, {0, 0, 0, 0}},
+        {rgb24, 16, 235, key, {254, 254, 254}},
+        {rgb24, 255, 235, key, {0, 0, 0}},
+        {rgb16, 16, 235, key, {0xFF, 0xFF}},
+        {rgb16, 16, 16, key, {0x00, 0x00}},
+        {rgb16, 200, 235, key, {0x00, 0x00}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.f.name << " opacity " << int(c.opacity));
+        Job job(16, 1, 16 * c.f.bpp, 16 * c.f.bpp);
+        std::memset(job.y.data(), c.y, 16);
+        std::memset(job.u.data(), 128, 8);
+        std::memset(job.v.data(), 128, 8);
+        std::memset(job.opacity.data(), c.opacity, 16);
+        job.info.color_key = c.key;
+        Buffer want(16 * c.f.bpp);
+        for (int i = 0; i < 16; ++i) std::memcpy(&want[i * c.f.bpp], c.pixel.data(), c.f.bpp);
+        c.f.plain(&job.info);
+        EXPECT_TRUE(same_bytes(want, job.image));
+    }
+}
+
+// With every opacity in 1..127 the bitmap is the YUY2 frame loader's picture of the same
+// samples (5-6-5 for every accepted layout selector), adjusted or not; the padding stays.
+TEST(SubpictureToRgb, EqualsFrameLoaderWhereOpaque) {
+    const int width = 32, rows = 3;
+    for (const Format* f : {&rgb32, &rgb24, &rgb16}) {
+        for (const bool adjusted : {false, true}) {
+            for (const int layout : {0, 1, 2, 3}) {
+                if (f->bpp != 2 && layout) continue;
+                SCOPED_TRACE(::testing::Message() << f->name << (adjusted ? " adjusted" : "")
+                                                  << " layout " << layout);
+                const int image_stride = width * f->bpp + 8;
+                Job job(width, rows, image_stride, size_t(image_stride) * rows);
+                fill_random(job.y.data(), job.y.size(), 1);
+                fill_random(job.u.data(), job.u.size(), 2);
+                fill_random(job.v.data(), job.v.size(), 3);
+                fill_random(job.opacity.data(), job.opacity.size(), 4);
+                for (size_t i = 0; i < job.opacity.size(); ++i) job.opacity[i] = job.opacity[i] % 127 + 1;
+                job.surface.rgb16_layout = layout;
+                set_adjust(80, 48, -12, 40, 20);
+
+                Buffer want(job.image.size());
+                ajust_contrast_info layout0{};
+                for (int r = 0; r < rows; ++r) {
+                    uint8_t frame[2][2 * width], out[2][4 * width];
+                    for (int p = 0; p < width / 2; ++p) {
+                        const uint8_t pair[4] = {job.y[r * width + 2 * p], job.u[r * width / 2 + p],
+                                                 job.y[r * width + 2 * p + 1], job.v[r * width / 2 + p]};
+                        std::memcpy(&frame[0][4 * p], pair, 4);
+                        std::memcpy(&frame[1][4 * p], pair, 4);
+                    }
+                    (adjusted ? f->frame_adjusted : f->frame_plain)(frame, nullptr, nullptr, out, width, 2,
+                                                                     width, 4 * width, &layout0);
+                    std::memcpy(&want[size_t(r) * image_stride], out[0], size_t(width) * f->bpp);
+                }
+                (adjusted ? f->adjusted : f->plain)(&job.info);
+                EXPECT_TRUE(same_bytes(want, job.image));
+            }
+        }
+    }
+}
+
+TEST(SubpictureToRgb, LayoutOutOfRangeWritesNothing) {
+    for (const int layout : {4, -1}) {
+        for (const Kernel k : {load_subpicture_yuy2_rgb16, load_subpicture_yuy2_rgb16_ajust}) {
+            Job job(16, 1, 32, 32);
+            job.surface.rgb16_layout = layout;
+            const Buffer before = job.image;
+            k(&job.info);
+            EXPECT_TRUE(same_bytes(before, job.image)) << "layout " << layout;
+        }
+    }
+}
+
+// frame_stride 20: 32 pixels per row, each plane row right after the previous one's 32 bytes,
+// the bitmap's next row 12 pixels on; height 0 converts one row; the record is unchanged.
+TEST(SubpictureToRgb, RowGeometryAndRecord) {
+    for (const int height : {2, 0}) {
+        SCOPED_TRACE(::testing::Message() << "height " << height);
+        const int image_stride = 100;
+        Job job(32, 2, image_stride, 148 + 128);
+        std::memset(job.y.data(), 16, 32);        // row 0 black
+        std::memset(job.y.data() + 32, 235, 32);  // row 1 white
+        std::memset(job.u.data(), 128, 32);
+        std::memset(job.v.data(), 128, 32);
+        std::memset(job.opacity.data(), 16, 64);
+        job.info.frame_stride = 20;
+        job.info.height = height;
+        Buffer want = job.image;
+        for (int i = 0; i < 32; ++i) {
+            std::memcpy(&want[4 * i], "\0\0\0\0", 4);
+            if (height) std::memcpy(&want[148 + 4 * i], "\xFE\xFE\xFE\0", 4);
+        }
+        const MIX_INFO before = job.info;
+        load_subpicture_yuy2_rgb32(&job.info);
+        EXPECT_TRUE(same_bytes(want, job.image));
+        EXPECT_EQ(0, std::memcmp(&before, &job.info, sizeof before));
+    }
+}
+
+}  // namespace
+}  // namespace dispconv::test
