@@ -400,7 +400,74 @@ DISPCONV_API void RelaceMaskWithColorKey(uint8_t *dst, uint8_t *mask, uint32_t m
 /* Sub-picture mixing                                                                          */
 /* ------------------------------------------------------------------------------------------ */
 
-/* (mixing kernels) */
+/* Every mixer takes one MIX_INFO, filled afresh before each call, with every pointer at the
+ * first pixel of the area. The blend of a frame sample F and a sub-picture sample S with weight
+ * a (0..16) is (F * (16 - a) + S * a) >> 4, truncated (alpha 8 over 255 and 0 gives 127).
+ * Luma takes its own pixel's alpha; chroma takes the alpha of the right-hand pixel of its pair
+ * (except where stated). The _ajust mixers apply the adjust constants to the mixed samples.
+ * Frame row distances: frame_stride for Y, frame_stride >> 1 for U and V. Sub-picture: alpha
+ * and Y rows sub_stride apart, one U and V row per pixel row, sub_stride >> 1 apart. */
+
+/* Progressive mixers over a YV12 frame, 16-pixel blocks, two rows per pass sharing the frame's
+ * chroma row (each row keeps its own sub-picture chroma row and alphas). Reads fields 1 to 13;
+ * the RGB16 mixer also surface_format->rgb16_layout, and for a selector above 3 (unsigned)
+ * returns without writing or touching the record.
+ * The record is working state: frame_u, frame_v, sub_opacity, sub_y, sub_u and sub_v end one
+ * area further on and height at 0 (even) or -1 (odd: one extra row is mixed); a second call
+ * with the same record mixes one row pair below the first area. width must be a multiple of
+ * 16: otherwise whole blocks are mixed (up to 15 pixels beyond the area) and every later row
+ * pair drifts right by the excess. height 0 still mixes one row pair.
+ * mix_ayuy2_yuy2_p_ajust writes 2 * width bytes of YUY2 per row. The second row of a pair is
+ *   read frame_stride rounded down to even below the first (sub-picture: sub_stride likewise).
+ * mix_ayuy2_half_yuy2_p_ajust writes width / 2 YUY2 pixels per row, made of the right-hand
+ *   pixel of every pair and the odd chroma sample of every two. Deliberately, it reads the
+ *   frame's second row and steps the frame's chroma rows by sub_stride, not frame_stride
+ *   (the frame's Y rows still step by frame_stride).
+ * mix_ayuy2_rgb32/rgb24/rgb16_p_ajust convert the mixed, adjusted samples to B, G, R, 0 / B, G,
+ *   R / a 16-bit word as the frame loaders do. */
+DISPCONV_API void mix_ayuy2_yuy2_p_ajust(MIX_INFO *info);
+DISPCONV_API void mix_ayuy2_half_yuy2_p_ajust(MIX_INFO *info);
+DISPCONV_API void mix_ayuy2_rgb32_p_ajust(MIX_INFO *info);
+DISPCONV_API void mix_ayuy2_rgb24_p_ajust(MIX_INFO *info);
+DISPCONV_API void mix_ayuy2_rgb16_p_ajust(MIX_INFO *info);
+
+/* Interlaced mixers: the frame is one field of height / 2 Y rows (frame_stride apart) and
+ * height / 4 chroma rows; height counts output and sub-picture rows and should be a multiple
+ * of 4, width a multiple of 16. Output rows come in groups of four: field row k, the rounded
+ * average (a + b + 1) >> 1 of rows k and k + 1, row k + 1, the average of rows k + 1 and k + 2;
+ * chroma row j for the first two, the average of chroma rows j and j + 1 for the last two. The
+ * final group reads nothing beyond the field: its fourth row repeats row k + 1 and all four
+ * keep chroma row j. Reads fields 1 to 13 (RGB16: also rgb16_layout, refused above 3).
+ * mix_ayuy2_yuy2_i_ajust writes nothing when height is below 4, one group when it is 4 to 7,
+ *   and otherwise whole groups plus the final group (a height that is not a multiple of 4 is
+ *   rounded up to one). It moves frame_u, frame_v, sub_opacity, sub_y, sub_u and sub_v in the
+ *   record and leaves height at 0.
+ * mix_ayuy2_rgb32/rgb24/rgb16_i_ajust change nothing in the record and weight chroma by the
+ *   rounded average of the pair's two alphas. They work in 16-pixel strips, each walked down
+ *   by the same groups (a height below 8 gives one final-scheme group of four rows, even below
+ *   4) and then stepped back up by height times each plane's share of a row (frame_stride >> 1
+ *   for field Y, frame_stride >> 3 for field chroma, sub_stride, sub_stride >> 1,
+ *   image_stride). Unless height is a multiple of 4 (at least 4) and frame_stride a multiple
+ *   of 8, later strips therefore start above or below the first. */
+DISPCONV_API void mix_ayuy2_yuy2_i_ajust(MIX_INFO *info);
+DISPCONV_API void mix_ayuy2_rgb32_i_ajust(MIX_INFO *info);
+DISPCONV_API void mix_ayuy2_rgb24_i_ajust(MIX_INFO *info);
+DISPCONV_API void mix_ayuy2_rgb16_i_ajust(MIX_INFO *info);
+
+/* YV12 mixers: write Y at image (rows image_stride apart), then V at image_v, then U at
+ * image_u (rows image_stride >> 1 apart), 8 samples per block; width must be a multiple of 16
+ * and height even. Chroma row r mixes with the sub-picture's chroma row 2r and the right-hand
+ * alphas of pixel row 2r (the lower row's alphas do not affect chroma). Reads fields 1 to 15;
+ * moves no pointer, but halves height in the record (logical shift), so a second call with
+ * the same record mixes half as many rows.
+ * mix_ayv12_yv12_p_ajust adjusts every mixed sample.
+ * mix_ayv12_yv12_i takes a field of height / 2 Y rows and height / 4 chroma rows (height a
+ *   multiple of 4) and interpolates every odd output row as the rounded average of its field
+ *   row and the next; the last interpolated row of each plane reads the row after the field,
+ *   which must be readable. It halves width in the record as well. */
+DISPCONV_API void mix_ayv12_yv12_p(MIX_INFO *info);
+DISPCONV_API void mix_ayv12_yv12_p_ajust(MIX_INFO *info);
+DISPCONV_API void mix_ayv12_yv12_i(MIX_INFO *info);
 
 #ifdef __cplusplus
 }

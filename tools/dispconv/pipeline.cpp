@@ -115,7 +115,6 @@ void Pipeline::plan() {
             m.frame_y = f.y;
             m.frame_u = f.u;
             m.frame_v = f.v;
-            m.sub_opacity = sub->opacity.data();
             m.sub_y = const_cast<uint8_t*>(sub->y.data());
             m.sub_u = const_cast<uint8_t*>(sub->u.data());
             m.sub_v = const_cast<uint8_t*>(sub->v.data());

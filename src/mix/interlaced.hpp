@@ -1,0 +1,186 @@
+// Interlaced mixers: the frame is one field, doubled in height while it is mixed. Output rows
+// come in groups of four; rows between two field rows are their rounded average.
+#pragma once
+
+#include "mix/common.hpp"
+
+namespace dispconv::kernels {
+namespace {
+
+// How one output row of a group is taken from the field: field luma row k or k + 1 (possibly
+// averaged with the row below it) and chroma row j (possibly averaged with j + 1).
+struct FieldRowPlan {
+    int luma_row;
+    bool luma_average;
+    bool chroma_average;
+};
+constexpr FieldRowPlan full_group[4] = {
+    {0, false, false}, {0, true, false}, {1, false, true}, {1, true, true}};
+// The last group reads no row beyond the field: its fourth row repeats field row k + 1 and all
+// four rows keep chroma row j.
+constexpr FieldRowPlan last_group[4] = {
+    {0, false, false}, {0, true, false}, {1, false, false}, {1, false, false}};
+
+// The frame samples of one output row over one block, into y (16) and u, v (8 each).
+template <class V>
+void field_samples(const FieldRowPlan& plan, const uint8_t* luma, const uint8_t* u,
+                   const uint8_t* v, ptrdiff_t luma_pitch, ptrdiff_t chroma_pitch, uint8_t* y_out,
+                   uint8_t* u_out, uint8_t* v_out) {
+    if (plan.luma_average)
+        V::average(luma, luma + luma_pitch, y_out, mix_block);
+    else
+        V::copy(luma, y_out, mix_block);
+    if (plan.chroma_average) {
+        V::average(u, u + chroma_pitch, u_out, mix_block / 2);
+        V::average(v, v + chroma_pitch, v_out, mix_block / 2);
+    } else {
+        V::copy(u, u_out, mix_block / 2);
+        V::copy(v, v_out, mix_block / 2);
+    }
+}
+
+// Runs the groups of a picture `height` output rows tall: fewer than 8 rows get one group under
+// the last-group scheme; otherwise full groups while the count (less 4 before the first and
+// after each group) stays above 0, then the last group.
+template <class Group>
+void for_each_group(int32_t height, Group&& group) {
+    if (height < 8) {
+        group(last_group, true);
+        return;
+    }
+    int32_t count = count_down(height, 4);
+    do {
+        group(full_group, false);
+        count = count_down(count, 4);
+    } while (count > 0);
+    group(last_group, true);
+}
+
+// YUY2 output, row by row over the whole width, the record's plane pointers moving as it goes.
+template <class V>
+void mix_ayuy2_yuy2_i_ajust(MIX_INFO* info) {
+    if (info->height < 4) return;
+    const AdjustConstants a = load_adjust_constants();
+    const int32_t width = info->width;
+    const ptrdiff_t frame_stride = info->frame_stride;
+    const ptrdiff_t frame_chroma_pitch = info->frame_stride >> 1;
+    const ptrdiff_t sub_stride = info->sub_stride;
+    const ptrdiff_t sub_chroma_pitch = info->sub_stride >> 1;
+    const ptrdiff_t image_stride = info->image_stride;
+    // The width counter runs over pixel pairs, 8 pairs per block.
+    const uint32_t blocks = loop_count(width >> 1, mix_block / 2);
+
+    MovingFields m = MovingFields::of(info);
+    const uint8_t* frame_y = info->frame_y;
+    uint8_t* out = info->image;
+    const int32_t rows = m.height;
+    if (rows >= 8) m.height = count_down(m.height, 4);
+    for_each_group(rows, [&](const FieldRowPlan* plan, bool last) {
+        for (int r = 0; r < 4; ++r) {
+            if (last && r == 2) m.height = 2;  // the last group counts its final two rows
+            for (uint32_t i = 0; i < blocks; ++i) {
+                uint8_t fy[mix_block], fu[mix_block / 2], fv[mix_block / 2];
+                field_samples<V>(plan[r], frame_y, m.frame_u, m.frame_v, frame_stride,
+                                 frame_chroma_pitch, fy, fu, fv);
+                const MixRow s{fy, fu, fv, m.sub_opacity, m.sub_y, m.sub_u, m.sub_v};
+                Yuy2Output::row<V>(s, a, rgb16_layouts[0], out);
+                frame_y += mix_block;
+                out += 2 * mix_block;
+                m.sub_opacity += mix_block;
+                m.sub_y += mix_block;
+                m.sub_u += mix_block / 2;
+                m.sub_v += mix_block / 2;
+                m.frame_u += mix_block / 2;
+                m.frame_v += mix_block / 2;
+            }
+            // Even rows of a group read a field row that the next row reads again.
+            frame_y += (r % 2 == 0) ? -ptrdiff_t(width) : frame_stride - width;
+            // Frame chroma returns to the start of its row until the group ends.
+            const ptrdiff_t chroma_step = (r == 3) ? frame_chroma_pitch - (width >> 1) : -(width >> 1);
+            m.frame_u += chroma_step;
+            m.frame_v += chroma_step;
+            m.sub_opacity += sub_stride - width;
+            m.sub_y += sub_stride - width;
+            m.sub_u += sub_chroma_pitch - (width >> 1);
+            m.sub_v += sub_chroma_pitch - (width >> 1);
+            out += image_stride - 2 * ptrdiff_t(width);
+            if (last && r >= 2) m.height = count_down(m.height, 1);
+        }
+        if (!last) m.height = count_down(m.height, 4);
+    });
+    m.store(info);
+}
+
+// RGB output in vertical strips of 16 pixels, on working copies only: the record is not changed.
+template <class V, class Format>
+void mix_rgb_interlaced(const MIX_INFO* info) {
+    using Out = RgbOutput<Format, PairAverageWeight>;
+    Rgb16Layout layout;
+    if (!Out::select_layout(info, layout)) return;
+    const AdjustConstants a = load_adjust_constants();
+    const int32_t height = info->height;
+    const ptrdiff_t frame_stride = info->frame_stride;
+    const ptrdiff_t sub_stride = info->sub_stride;
+    const ptrdiff_t sub_chroma_pitch = info->sub_stride >> 1;
+    const ptrdiff_t image_stride = info->image_stride;
+
+    const uint8_t* luma = info->frame_y;
+    const uint8_t* frame_u = info->frame_u;
+    const uint8_t* frame_v = info->frame_v;
+    const uint8_t* alpha = info->sub_opacity;
+    const uint8_t* sub_y = info->sub_y;
+    const uint8_t* sub_u = info->sub_u;
+    const uint8_t* sub_v = info->sub_v;
+    uint8_t* out = info->image;
+    auto group = [&](const FieldRowPlan* plan, bool) {
+        for (int r = 0; r < 4; ++r) {
+            uint8_t fy[mix_block], fu[mix_block / 2], fv[mix_block / 2];
+            field_samples<V>(plan[r], luma + plan[r].luma_row * frame_stride, frame_u, frame_v,
+                             frame_stride, frame_stride >> 1, fy, fu, fv);
+            const MixRow s{fy,
+                           fu,
+                           fv,
+                           alpha + r * sub_stride,
+                           sub_y + r * sub_stride,
+                           sub_u + r * sub_chroma_pitch,
+                           sub_v + r * sub_chroma_pitch};
+            Out::template row<V>(s, a, layout, out + r * image_stride);
+        }
+        luma += 2 * frame_stride;
+        frame_u += frame_stride >> 1;
+        frame_v += frame_stride >> 1;
+        alpha += 4 * sub_stride;
+        sub_y += 4 * sub_stride;
+        sub_u += 4 * sub_chroma_pitch;
+        sub_v += 4 * sub_chroma_pitch;
+        out += 4 * image_stride;
+    };
+    for (uint32_t strip = loop_count(info->width, mix_block); strip--;) {
+        for_each_group(height, group);
+        // Back up by `height` rows of each plane's per-output-row distance, then one strip right.
+        luma += mix_block - ptrdiff_t(height) * (frame_stride >> 1);
+        frame_u += mix_block / 2 - ptrdiff_t(height) * (frame_stride >> 3);
+        frame_v += mix_block / 2 - ptrdiff_t(height) * (frame_stride >> 3);
+        alpha += mix_block - ptrdiff_t(height) * sub_stride;
+        sub_y += mix_block - ptrdiff_t(height) * sub_stride;
+        sub_u += mix_block / 2 - ptrdiff_t(height) * sub_chroma_pitch;
+        sub_v += mix_block / 2 - ptrdiff_t(height) * sub_chroma_pitch;
+        out += Out::block_bytes - ptrdiff_t(height) * image_stride;
+    }
+}
+
+template <class V>
+void mix_ayuy2_rgb32_i_ajust(MIX_INFO* info) {
+    mix_rgb_interlaced<V, Rgb32>(info);
+}
+template <class V>
+void mix_ayuy2_rgb24_i_ajust(MIX_INFO* info) {
+    mix_rgb_interlaced<V, Rgb24>(info);
+}
+template <class V>
+void mix_ayuy2_rgb16_i_ajust(MIX_INFO* info) {
+    mix_rgb_interlaced<V, Rgb16>(info);
+}
+
+}  // namespace
+}  // namespace dispconv::kernels

@@ -1,0 +1,86 @@
+// Progressive mixers: a sub-picture over a YV12 frame into YUY2 (full or half width) or RGB,
+// two rows per pass sharing the frame's chroma row. The record's plane pointers and height
+// are the working state.
+#pragma once
+
+#include "mix/common.hpp"
+
+namespace dispconv::kernels {
+namespace {
+
+template <class V, class Out>
+void mix_progressive(MIX_INFO* info) {
+    Rgb16Layout layout;
+    if (!Out::select_layout(info, layout)) return;  // the record is left untouched too
+    const AdjustConstants a = load_adjust_constants();
+    const int32_t width = info->width;
+    const ptrdiff_t frame_stride = info->frame_stride;
+    const ptrdiff_t sub_stride = info->sub_stride;
+    const ptrdiff_t image_stride = info->image_stride;
+    const ptrdiff_t frame_chroma_pitch =
+        (Out::frame_at_sub_spacing ? info->sub_stride : info->frame_stride) >> 1;
+    const ptrdiff_t sub_chroma_pitch = info->sub_stride >> 1;
+    // The second row of a pair is reached by the half pitch doubled: an odd stride loses a byte.
+    const ptrdiff_t frame_second_row = 2 * frame_chroma_pitch;
+    const ptrdiff_t sub_second_row = 2 * sub_chroma_pitch;
+    const uint32_t blocks = loop_count(width, mix_block);
+
+    MovingFields m = MovingFields::of(info);
+    const uint8_t* frame_y = info->frame_y;
+    uint8_t* out = info->image;
+    do {
+        for (uint32_t i = 0; i < blocks; ++i) {
+            const MixRow top{frame_y, m.frame_u, m.frame_v, m.sub_opacity, m.sub_y, m.sub_u, m.sub_v};
+            // The frame's chroma row serves both rows; the sub-picture has a chroma row per row.
+            const MixRow bottom{frame_y + frame_second_row,   m.frame_u,
+                                m.frame_v,                    m.sub_opacity + sub_second_row,
+                                m.sub_y + sub_second_row,     m.sub_u + sub_chroma_pitch,
+                                m.sub_v + sub_chroma_pitch};
+            Out::template row<V>(top, a, layout, out);
+            Out::template row<V>(bottom, a, layout, out + image_stride);
+            frame_y += mix_block;
+            out += Out::block_bytes;
+            m.sub_opacity += mix_block;
+            m.sub_y += mix_block;
+            m.frame_u += mix_block / 2;
+            m.frame_v += mix_block / 2;
+            m.sub_u += mix_block / 2;
+            m.sub_v += mix_block / 2;
+        }
+        // Steps computed for an exact width: a partial last block drifts every later pair.
+        frame_y += 2 * frame_stride - width;
+        out += 2 * image_stride - Out::row_bytes(width);
+        m.sub_opacity += 2 * sub_stride - width;
+        m.sub_y += 2 * sub_stride - width;
+        m.frame_u += frame_chroma_pitch - (width >> 1);
+        m.frame_v += frame_chroma_pitch - (width >> 1);
+        m.sub_u += sub_stride - (width >> 1);
+        m.sub_v += sub_stride - (width >> 1);
+        m.height = count_down(m.height, 2);
+    } while (m.height > 0);
+    m.store(info);
+}
+
+template <class V>
+void mix_ayuy2_yuy2_p_ajust(MIX_INFO* info) {
+    mix_progressive<V, Yuy2Output>(info);
+}
+template <class V>
+void mix_ayuy2_half_yuy2_p_ajust(MIX_INFO* info) {
+    mix_progressive<V, HalfYuy2Output>(info);
+}
+template <class V>
+void mix_ayuy2_rgb32_p_ajust(MIX_INFO* info) {
+    mix_progressive<V, RgbOutput<Rgb32>>(info);
+}
+template <class V>
+void mix_ayuy2_rgb24_p_ajust(MIX_INFO* info) {
+    mix_progressive<V, RgbOutput<Rgb24>>(info);
+}
+template <class V>
+void mix_ayuy2_rgb16_p_ajust(MIX_INFO* info) {
+    mix_progressive<V, RgbOutput<Rgb16>>(info);
+}
+
+}  // namespace
+}  // namespace dispconv::kernels
