@@ -66,6 +66,16 @@ TEST(Program, RealY4mFileComesBackUnchangedThroughAYuvSurface) {
     }
 }
 
+TEST(Program, ReadsStandardInputAndKeepsTheFrameLimit) {
+    ScratchDir scratch;
+    std::string bytes = y4m_header(40, 24, "420");
+    for (int i = 0; i < 5; ++i) bytes += y4m_frame(test_picture(40, 24, Chroma::c420, i));
+    write_file(scratch / "in.y4m", bytes);
+    const Result r = run_program("-n 2 -f yuy2 -o '" + (scratch / "pics") + "' - < '" + (scratch / "in.y4m") + "'", scratch);
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(files_in(scratch / "pics"), (std::vector<std::string>{"frame_0001.png", "frame_0002.png"}));
+}
+
 TEST(Program, BadInputGivesOneLineAndLeavesNothingBehind) {
     ScratchDir scratch;
     const std::string frame = y4m_frame(test_picture(64, 32, Chroma::c420, 0));

@@ -9,7 +9,7 @@ namespace dispconv::tool {
 
 Placement place_art(int art_width, int art_height, int frame_width, int frame_height) {
     Placement p;
-    p.x = std::max(0, (frame_width - art_width) / 2);
+    p.x = std::max(0, (frame_width - art_width) / 2) & ~1;  // pairs share chroma: start on one
     p.y = std::max(0, frame_height - art_height - frame_height / 16);
     return p;
 }
@@ -50,6 +50,15 @@ SubPicture prepare_subpicture(const RgbaPicture& art, const Geometry& geometry) 
             std::memcpy(&word, c, 4);
             if (word == subpicture_color_key) c[1] = 1;  // keep a visible pixel off the key
             levels.data()[o] = static_cast<uint8_t>(level);
+        }
+
+    // A pixel pair takes its chroma from its left pixel and mixes it with the right pixel's
+    // opacity. Where the left pixel is transparent and the right one is not, give the left one
+    // the right one's colour, or the key colour would show as a fringe.
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x + 1 < w; x += 2) {
+            const size_t o = (static_cast<size_t>(y) * w + x) * 4;
+            if (levels.data()[o] == 0 && levels.data()[o + 4] != 0) std::memcpy(colour.data() + o, colour.data() + o + 4, 4);
         }
 
 #if DISPCONV_TOOL_HAVE_SUBPICTURE

@@ -12,8 +12,9 @@ struct SubPicture {
     PaddedBuffer opacity, y, u, v;
 };
 
-// Where art of the given size goes on the frame: centred, its bottom a sixteenth of the frame
-// height above the frame's bottom; art larger than the frame is cut at the right and bottom.
+// Where art of the given size goes on the frame: centred (on an even column), its bottom a
+// sixteenth of the frame height above the frame's bottom; art larger than the frame is cut at
+// the right and bottom.
 struct Placement {
     int x = 0, y = 0;
 };
