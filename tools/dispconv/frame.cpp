@@ -35,16 +35,6 @@ PlanarView SourceFrame::planar() const {
     return view;
 }
 
-PlanarView SourceFrame::field(int parity) const {
-    PlanarView view = planar();
-    view.y += parity * view.stride;
-    view.u += parity * (view.stride / 2);
-    view.v += parity * (view.stride / 2);
-    view.stride *= 2;
-    view.height /= 2;
-    return view;
-}
-
 void SourceFrame::load(const PlanarPicture& picture) {
     const int cw = picture.chroma_width(), ch = picture.chroma_height();
     if (chroma_ == Chroma::c420) {

@@ -25,8 +25,6 @@ public:
     int width() const { return width_; }
     int height() const { return height_; }
     PlanarView planar() const;
-    // One field of the planar frame (0 top, 1 bottom): every second row, half the height.
-    PlanarView field(int parity) const;
     uint8_t* packed() const { return const_cast<uint8_t*>(buffer_.data()); }
 
 private:
