@@ -4,13 +4,13 @@
 namespace dispconv::test {
 namespace {
 
-const std::vector<RowSpec> filtered_h8 = {
+const std::vector<RowRecipe> filtered_h8 = {
     {{'c', 0}, {'c', 0}}, {{'a', 0}, {'c', 0}}, {{'c', 1}, {'a', 0}}, {{'a', 1}, {'a', 0}},
     {{'c', 2}, {'c', 1}}, {{'f', 1}, {'c', 1}}, {{'c', 3}, {'f', 0}}, {{'f', 2}, {'f', 0}},
     {{'c', 4}, {'c', 2}}, {{'f', 3}, {'c', 2}}, {{'c', 5}, {'a', 2}}, {{'f', 4}, {'a', 2}},
     {{'c', 6}, {'c', 3}}, {{'a', 6}, {'c', 3}}, {{'c', 7}, {'c', 3}}, {{'c', 7}, {'c', 3}},
 };
-const std::vector<RowSpec> filtered_h10 = {
+const std::vector<RowRecipe> filtered_h10 = {
     {{'c', 0}, {'c', 0}}, {{'a', 0}, {'c', 0}}, {{'c', 1}, {'a', 0}}, {{'a', 1}, {'a', 0}},
     {{'c', 2}, {'c', 1}}, {{'f', 1}, {'c', 1}}, {{'c', 3}, {'f', 0}}, {{'f', 2}, {'f', 0}},
     {{'c', 4}, {'c', 2}}, {{'f', 3}, {'c', 2}}, {{'c', 5}, {'f', 1}}, {{'f', 4}, {'f', 1}},
@@ -29,13 +29,13 @@ Row tap_row(const Plane& p, Tap t) {
     return out;
 }
 
-// Expected YUY2 surface: one row per spec, adjusted afterwards when `gains` are given.
-Buffer expected_yuy2(const Frame& f, const std::vector<RowSpec>& specs, int dst_stride,
+// Expected YUY2 surface: one row per recipe, adjusted afterwards when settings `s` are given.
+Buffer expected_yuy2(const Frame& f, const std::vector<RowRecipe>& recipes, int dst_stride,
                      const ajust_contrast_info* s) {
-    Buffer b(size_t(dst_stride) * specs.size());
-    for (size_t r = 0; r < specs.size(); ++r) {
-        Row y = tap_row(f.y, specs[r].luma), u = tap_row(f.u, specs[r].chroma),
-            v = tap_row(f.v, specs[r].chroma);
+    Buffer b(size_t(dst_stride) * recipes.size());
+    for (size_t r = 0; r < recipes.size(); ++r) {
+        Row y = tap_row(f.y, recipes[r].luma), u = tap_row(f.u, recipes[r].chroma),
+            v = tap_row(f.v, recipes[r].chroma);
         if (s) {
             y = adj_row(y, s->luma_gain, s->luma_offset);
             u = adj_row(u, s->chroma_gain, s->u_offset);
@@ -50,7 +50,7 @@ TEST(DoubleHeightYuy2, MatchesRowTables) {
     ajust_contrast_info s = settings(80, 48, -20, 30, -10);
     struct Case {
         const char* name;
-        const std::vector<RowSpec>* specs;
+        const std::vector<RowRecipe>* recipes;
         bool adjusted;
         int w;
     } cases[] = {
@@ -60,7 +60,7 @@ TEST(DoubleHeightYuy2, MatchesRowTables) {
         {"filtered h10", &filtered_h10, true, 48},
     };
     for (const Case& c : cases) {
-        const int h = int(c.specs->size()) / 2, dst_stride = 2 * c.w + 8;
+        const int h = int(c.recipes->size()) / 2, dst_stride = 2 * c.w + 8;
         Frame f(c.w, h, 7u + h);
         Buffer dst(size_t(dst_stride) * 2 * h);
         get_contrast_data(&s);
@@ -70,7 +70,7 @@ TEST(DoubleHeightYuy2, MatchesRowTables) {
         else
             strech_picture_1X2_yuy2(f.y.data(), f.u.data(), f.v.data(), dst.data(), c.w, h,
                                     f.y.pitch, dst_stride, nullptr);
-        EXPECT_TRUE(same_bytes(expected_yuy2(f, *c.specs, dst_stride, c.adjusted ? &s : nullptr), dst))
+        EXPECT_TRUE(same_bytes(expected_yuy2(f, *c.recipes, dst_stride, c.adjusted ? &s : nullptr), dst))
             << c.name;
     }
 }

@@ -86,12 +86,12 @@ struct Tap {
     char kind;
     int first;
 };
-struct RowSpec {
+struct RowRecipe {
     Tap luma, chroma;
 };
 
 // Worked out by hand from the row tables.
-inline const std::vector<RowSpec> plain_h8 = {
+inline const std::vector<RowRecipe> plain_h8 = {
     {{'c', 0}, {'c', 0}}, {{'a', 0}, {'c', 0}}, {{'c', 1}, {'a', 0}}, {{'a', 1}, {'a', 0}},
     {{'c', 2}, {'c', 1}}, {{'a', 2}, {'c', 1}}, {{'c', 3}, {'a', 1}}, {{'a', 3}, {'a', 1}},
     {{'c', 4}, {'c', 2}}, {{'a', 4}, {'c', 2}}, {{'c', 5}, {'a', 2}}, {{'a', 5}, {'a', 2}},
