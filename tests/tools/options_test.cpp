@@ -1,0 +1,121 @@
+// The command line and the picture settings.
+#include <initializer_list>
+
+#include "options.hpp"
+#include "tool_support.hpp"
+
+namespace dispconv::tool::test {
+namespace {
+
+Options parse(std::initializer_list<const char*> args) {
+    std::vector<std::string> storage{"dispconv"};
+    storage.insert(storage.end(), args.begin(), args.end());
+    std::vector<char*> argv;
+    for (std::string& s : storage) argv.push_back(s.data());
+    argv.push_back(nullptr);
+    return parse_options(static_cast<int>(storage.size()), argv.data());
+}
+
+TEST(CommandLine, ReadsEveryChoice) {
+    const Options o = parse({"-f", "rgb655", "--stretch=1x2-filter", "--interlaced=bottom", "--contrast", "1.5",
+                             "--brightness=-20", "--saturation", "0", "-n", "3", "--size", "96x40", "-o", "pics",
+                             "--subpicture", "menu.png", "-q", "in.y4m"});
+    EXPECT_EQ(o.format, SurfaceFormat::rgb655);
+    EXPECT_EQ(o.stretch, Stretch::double_height_filter);
+    EXPECT_EQ(o.field, 1);
+    EXPECT_DOUBLE_EQ(o.contrast, 1.5);
+    EXPECT_DOUBLE_EQ(o.brightness, -20);
+    EXPECT_DOUBLE_EQ(o.saturation, 0);
+    EXPECT_EQ(o.frames, 3);
+    EXPECT_EQ(o.clip_width, 96);
+    EXPECT_EQ(o.clip_height, 40);
+    EXPECT_EQ(o.output, "pics");
+    EXPECT_EQ(o.subpicture, "menu.png");
+    EXPECT_TRUE(o.quiet);
+    EXPECT_EQ(o.input, "in.y4m");
+
+    const Options d = parse({});
+    EXPECT_EQ(d.format, SurfaceFormat::rgb32);
+    EXPECT_EQ(d.stretch, Stretch::none);
+    EXPECT_EQ(d.field, -1);
+    EXPECT_TRUE(d.input.empty());
+    EXPECT_EQ(parse({"-i"}).field, 0);
+    EXPECT_EQ(parse({"-"}).input, "-");
+}
+
+TEST(CommandLine, RejectsMistakesWithAReason) {
+    struct Case {
+        std::initializer_list<const char*> args;
+        const char* reason;
+    };
+    const Case cases[] = {
+        {{"--colour"}, "unknown option '--colour'"},
+        {{"-x"}, "unknown option"},
+        {{"-f", "rgb16"}, "unknown surface format 'rgb16'"},
+        {{"-s", "3x3"}, "unknown stretch '3x3'"},
+        {{"--interlaced=left"}, "top or bottom"},
+        {{"--contrast", "5"}, "--contrast must lie between 0 and 4"},
+        {{"--brightness", "bright"}, "--brightness needs a number"},
+        {{"--saturation", "nan"}, "--saturation needs a number"},
+        {{"-n", "0"}, "--frames must lie between"},
+        {{"-n", "2.5"}, "--frames needs a whole number"},
+        {{"--size", "0x10"}, "out of range"},
+        {{"--size", "20000x20"}, "out of range"},
+        {{"--size", "big"}, "--size needs WIDTHxHEIGHT"},
+        {{"-o"}, "needs a value"},
+        {{"a.y4m", "b.y4m"}, "unexpected argument 'b.y4m'"},
+        {{"--subpicture", "s.png", "--no-subpicture"}, "contradict"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.reason);
+        try {
+            parse(c.args);
+            ADD_FAILURE() << "accepted";
+        } catch (const UsageError& e) {
+            EXPECT_NE(std::string(e.what()).find(c.reason), std::string::npos) << e.what();
+        }
+    }
+}
+
+TEST(PictureSettings, MapOntoGainsAndGreyKeepingOffsets) {
+    const ajust_contrast_info neutral = adjust_settings(1, 0, 1);
+    EXPECT_TRUE(is_neutral(neutral));
+    EXPECT_EQ(neutral.luma_gain, 64);
+    EXPECT_EQ(neutral.luma_offset, 0);
+
+    const ajust_contrast_info s = adjust_settings(2, 10, 0.5);
+    EXPECT_EQ(s.luma_gain, 128);
+    EXPECT_EQ(s.chroma_gain, 32);
+    EXPECT_EQ(s.luma_offset, 128 - 256 + 10);
+    EXPECT_EQ(s.u_offset, 64);  // 128 - 128 * 32 / 64
+    EXPECT_EQ(s.v_offset, 64);
+    EXPECT_FALSE(is_neutral(s));
+    // Kernels that scale chroma with the luma gain get offsets for that gain.
+    EXPECT_EQ(adjust_settings(2, 0, 0.5, true).u_offset, 128 - 256);
+}
+
+// Grey stays grey and mid-grey stays mid-grey under any contrast and saturation, through the
+// library's own adjustment.
+TEST(PictureSettings, KeepGreyThroughTheAdjustingKernel) {
+    for (double contrast : {0.0, 0.5, 1.0, 1.7, 4.0})
+        for (double saturation : {0.0, 0.25, 1.0, 2.5, 4.0}) {
+            SCOPED_TRACE("contrast " + std::to_string(contrast) + " saturation " + std::to_string(saturation));
+            ajust_contrast_info s = adjust_settings(contrast, 0, saturation);
+            get_contrast_data(&s);
+            // Two rows of 16 pixels: the kernel works on row pairs.
+            uint8_t src[64], dst[64] = {};
+            for (int i = 0; i < 64; ++i) src[i] = 128;  // Y 128, U 128, V 128
+            LoadYUY2_YUY2_adjust(src, nullptr, nullptr, dst, 16, 2, 16, 32, nullptr);
+            for (int i = 0; i < 64; ++i) EXPECT_EQ(dst[i], 128) << "byte " << i;
+        }
+    ajust_contrast_info brighter = adjust_settings(1, 30, 1);
+    get_contrast_data(&brighter);
+    uint8_t src[64], dst[64] = {};
+    for (int i = 0; i < 64; ++i) src[i] = 100;
+    LoadYUY2_YUY2_adjust(src, nullptr, nullptr, dst, 16, 2, 16, 32, nullptr);
+    EXPECT_EQ(dst[0], 130);  // luma raised
+    EXPECT_EQ(dst[1], 100);  // chroma untouched
+}
+
+}  // namespace
+}  // namespace dispconv::tool::test
