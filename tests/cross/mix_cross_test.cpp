@@ -1,5 +1,6 @@
 // Every mixing kernel, on every instruction set, equals the portable reference: the output
 // surface (and the YV12 chroma planes) byte for byte, and the record after the call.
+#include <cstdlib>
 #include <sstream>
 
 #include "cross/cross_isa.hpp"
@@ -14,18 +15,21 @@ struct MixEntry {
     MixKernel MixKernels::*member;
     int out_bytes_x2;  // output bytes per pixel, times two
     int layouts = 1;   // 16-bit kernels run all four layouts and a refused one
+    bool strips = false;
 };
 
 #define K(name, out_x2) {#name, &MixKernels::name, out_x2}
 #define K16(name) {#name, &MixKernels::name, 4, 5}
+#define KS(name, out_x2, layouts) {#name, &MixKernels::name, out_x2, layouts, true}
 const MixEntry mix_kernels[] = {
     K(mix_ayuy2_yuy2_p_ajust, 4),  K(mix_ayuy2_half_yuy2_p_ajust, 2), K(mix_ayuy2_rgb32_p_ajust, 8),
     K(mix_ayuy2_rgb24_p_ajust, 6), K16(mix_ayuy2_rgb16_p_ajust),       K(mix_ayuy2_yuy2_i_ajust, 4),
-    K(mix_ayuy2_rgb32_i_ajust, 8), K(mix_ayuy2_rgb24_i_ajust, 6),      K16(mix_ayuy2_rgb16_i_ajust),
+    KS(mix_ayuy2_rgb32_i_ajust, 8, 1), KS(mix_ayuy2_rgb24_i_ajust, 6, 1), KS(mix_ayuy2_rgb16_i_ajust, 4, 5),
     K(mix_ayv12_yv12_p, 2),        K(mix_ayv12_yv12_p_ajust, 2),       K(mix_ayv12_yv12_i, 2),
 };
 #undef K
 #undef K16
+#undef KS
 
 struct MixGeometry {
     int width, height, frame_stride, sub_stride, image_stride;
@@ -33,13 +37,27 @@ struct MixGeometry {
     bool any_alpha = false;  // alpha bytes 0..255 instead of the format's 0..16
 };
 
-// Room for one plane of `stride` over the rows a kernel may touch, with the drift of widths off
-// the block, the rows an interlaced kernel reads below the field and the four rows a short
-// interlaced picture still writes.
-size_t plane_room(int stride, int width, int height) {
-    const size_t rows = size_t(height) + 8;
-    const size_t span = size_t(std::max(stride, 4 * (width + 16))) + 32;
-    return span * rows + 1024;
+// Rows an interlaced RGB kernel moves per strip beyond what it writes: it backs up by `height`
+// rows after writing whole groups of four, so short or uneven pictures climb or sink strip by
+// strip (deliberately), reading and writing outside the area.
+int strip_creep_rows(const MixEntry& k, int width, int height) {
+    if (!k.strips) return 0;
+    int groups = 1;
+    if (height >= 8) groups += (height - 4 + 3) / 4;
+    const int strips = width > 16 ? (width + 15) / 16 : 1;
+    return strips * std::abs(4 * groups - height);
+}
+
+// One plane of `stride` over the rows a kernel may touch: the area, the rows an interlaced kernel
+// reads below the field or writes in a short picture, the creep of the strips above and below,
+// and per row the overrun and drift of widths off the block.
+struct PlaneRoom {
+    size_t bytes, first;  // region size, offset of the plane's first row in it
+};
+PlaneRoom plane_room(int stride, int height, int creep_rows) {
+    const size_t span = size_t(std::abs(stride)) + 128;
+    const size_t margin = size_t(creep_rows) * span + 512;
+    return {span * (size_t(height) + 8) + 2 * margin, margin};
 }
 
 int64_t offset_in(const std::vector<uint8_t>& arena, const void* p) {
@@ -52,23 +70,26 @@ CrossCase mix_case(const MixEntry& k, const MixGeometry& g) {
     name << k.name << " " << g.width << "x" << g.height << " strides " << g.frame_stride << "/" << g.sub_stride << "/"
          << g.image_stride << " layout " << g.layout << (g.any_alpha ? " any alpha" : "");
     c.name = name.str();
-    const size_t frame_room = plane_room(g.frame_stride, g.width, g.height);
-    const size_t sub_room = plane_room(g.sub_stride, g.width, g.height);
-    const size_t image_room = plane_room(g.image_stride, 2 * g.width, g.height);
+    const int creep = strip_creep_rows(k, g.width, g.height);
+    const PlaneRoom frame_room = plane_room(g.frame_stride, g.height, creep);
+    const PlaneRoom sub_room = plane_room(g.sub_stride, g.height, creep);
+    const PlaneRoom image_room = plane_room(g.image_stride, g.height, creep);
     // Source planes one after another: frame Y, V, U, then alpha, sub-picture Y, V, U.
-    const size_t planes[7] = {frame_room, frame_room, frame_room, sub_room, sub_room, sub_room, sub_room};
+    const PlaneRoom planes[7] = {frame_room, frame_room, frame_room, sub_room, sub_room, sub_room, sub_room};
     size_t at[7], src = 4096;
-    for (int i = 0; i < 7; ++i) at[i] = src, src += planes[i];
+    for (int i = 0; i < 7; ++i) at[i] = src + planes[i].first, src += planes[i].bytes;
     c.src_bytes = src + 4096;
-    // The surface, then the YV12 output's U and V planes, with canary between them.
-    const size_t image_at = 8192, image_u_at = image_at + image_room + 4096, image_v_at = image_u_at + image_room + 4096;
-    c.dst_bytes = image_v_at + image_room + 4096;
+    // The surface, then the YV12 output's U and V planes, with canary around them.
+    const size_t image_at = 4096 + image_room.first;
+    const size_t image_u_at = image_at - image_room.first + image_room.bytes + 4096;
+    const size_t image_v_at = image_u_at + image_room.bytes + 4096;
+    c.dst_bytes = image_v_at + image_room.bytes + 4096;
     c.dst_pitch = g.image_stride;
     c.dst_origin = image_at;
     c.run = [=](const KernelTable& t, Arenas& a) {
         uint8_t* s = a.src.data();
         if (!g.any_alpha)
-            for (size_t i = at[3]; i < at[3] + planes[3]; ++i) s[i] %= 17;
+            for (size_t i = at[3] - planes[3].first; i < at[3] - planes[3].first + planes[3].bytes; ++i) s[i] %= 17;
         a.settings.rgb16_layout = g.layout;
         uint8_t* d = a.dst.data();
         a.info = MIX_INFO{g.frame_stride, g.sub_stride, g.image_stride, g.width, g.height,
