@@ -7,55 +7,19 @@
 
 #include "core/formats.hpp"
 #include "load/common.hpp"
+#include "simd/portable/mix.hpp"
 
 namespace dispconv::kernels {
 namespace {
 
 constexpr int mix_block = 16;  // pixels per block of the AYUY2 mixers
 
-// The samples under one row of a block: frame luma and chroma, sub-picture alpha, luma and
-// chroma (the chroma runs are half as long as the luma runs).
-struct MixRow {
-    const uint8_t* frame_y;
-    const uint8_t* frame_u;
-    const uint8_t* frame_v;
-    const uint8_t* alpha;
-    const uint8_t* sub_y;
-    const uint8_t* sub_u;
-    const uint8_t* sub_v;
-};
+// The samples under one row of a run of blocks (a frame plane may be read as the average of
+// two rows).
+using simd::MixRow;
 
-// A chroma sample is weighted by the alpha of the right-hand pixel of its pair...
-struct OddPixelWeight {
-    template <class V>
-    static void weights(const uint8_t* alpha, uint8_t* w, int pairs) {
-        V::keep_odd(alpha, w, pairs);
-    }
-};
-// ...except in the interlaced RGB mixers, which take the rounded average of the pair.
-struct PairAverageWeight {
-    template <class V>
-    static void weights(const uint8_t* alpha, uint8_t* w, int pairs) {
-        V::average_pairs(alpha, w, pairs);
-    }
-};
-
-// Mixes `pixels` lumas (each with its own alpha) and pixels / 2 U and V samples, then adjusts
-// them: the adjustment always applies to the mixed values, never to the inputs.
-template <class V, class Weight>
-void mix_adjust_row(const MixRow& s, int pixels, const AdjustConstants& a, uint8_t* y, uint8_t* u,
-                    uint8_t* v) {
-    uint8_t w[mix_block / 2];
-    Weight::template weights<V>(s.alpha, w, pixels / 2);
-    V::mix(s.frame_y, s.sub_y, s.alpha, y, pixels);
-    V::mix(s.frame_u, s.sub_u, w, u, pixels / 2);
-    V::mix(s.frame_v, s.sub_v, w, v, pixels / 2);
-    V::adjust(y, y, pixels, a.luma_gain, a.luma_offset);
-    V::adjust(u, u, pixels / 2, a.chroma_gain, a.u_offset);
-    V::adjust(v, v, pixels / 2, a.chroma_gain, a.v_offset);
-}
-
-// Output forms of one 16-pixel row of a block.
+// Output forms of the AYUY2 mixers. `rows` mixes `count` rows of `blocks` 16-pixel blocks,
+// block by block, row `r` stored at dst[r].
 struct Yuy2Output {
     static constexpr int block_bytes = 2 * mix_block;
     static constexpr bool frame_at_sub_spacing = false;
@@ -63,10 +27,9 @@ struct Yuy2Output {
     static bool select_layout(const MIX_INFO*, Rgb16Layout&) { return true; }
 
     template <class V>
-    static void row(const MixRow& s, const AdjustConstants& a, const Rgb16Layout&, uint8_t* dst) {
-        uint8_t y[mix_block], u[mix_block / 2], v[mix_block / 2];
-        mix_adjust_row<V, OddPixelWeight>(s, mix_block, a, y, u, v);
-        V::join_yuy2(y, u, v, dst, mix_block);
+    static void rows(const MixRow* s, int count, uint32_t blocks, const AdjustConstants& a,
+                     const Rgb16Layout&, uint8_t* const* dst) {
+        V::mix_yuy2_rows(s, count, blocks, a, dst);
     }
 };
 
@@ -80,7 +43,7 @@ struct HalfYuy2Output {
     static bool select_layout(const MIX_INFO*, Rgb16Layout&) { return true; }
 
     template <class V>
-    static void row(const MixRow& s, const AdjustConstants& a, const Rgb16Layout&, uint8_t* dst) {
+    static void block(const MixRow& s, const AdjustConstants& a, uint8_t* dst) {
         constexpr int out = mix_block / 2;
         uint8_t fy[out], fu[out / 2], fv[out / 2], alpha[out], sy[out], su[out / 2], sv[out / 2];
         V::keep_odd(s.frame_y, fy, out);
@@ -90,13 +53,30 @@ struct HalfYuy2Output {
         V::keep_odd(s.sub_y, sy, out);
         V::keep_odd(s.sub_u, su, out / 2);
         V::keep_odd(s.sub_v, sv, out / 2);
-        uint8_t y[out], u[out / 2], v[out / 2];
-        mix_adjust_row<V, OddPixelWeight>(MixRow{fy, fu, fv, alpha, sy, su, sv}, out, a, y, u, v);
+        // The chroma pair's weight is the alpha of its second (odd) output pixel.
+        uint8_t w[out / 2], y[out], u[out / 2], v[out / 2];
+        V::keep_odd(alpha, w, out / 2);
+        V::mix(fy, sy, alpha, y, out);
+        V::mix(fu, su, w, u, out / 2);
+        V::mix(fv, sv, w, v, out / 2);
+        V::adjust(y, y, out, a.luma_gain, a.luma_offset);
+        V::adjust(u, u, out / 2, a.chroma_gain, a.u_offset);
+        V::adjust(v, v, out / 2, a.chroma_gain, a.v_offset);
         V::join_yuy2(y, u, v, dst, out);
+    }
+
+    template <class V>
+    static void rows(const MixRow* s, int count, uint32_t blocks, const AdjustConstants& a,
+                     const Rgb16Layout&, uint8_t* const* dst) {
+        for (uint32_t i = 0; i < blocks; ++i)
+            for (int r = 0; r < count; ++r)
+                block<V>(s[r].advanced(ptrdiff_t(i) * mix_block), a, dst[r] + ptrdiff_t(i) * block_bytes);
     }
 };
 
-template <class Format, class Weight = OddPixelWeight>
+// PairAverage: the chroma weight is the rounded average of the pair's alphas (interlaced RGB)
+// instead of the odd pixel's alpha.
+template <class Format, bool PairAverage = false>
 struct RgbOutput {
     static constexpr int block_bytes = mix_block * Format::bytes_per_pixel;
     static constexpr bool frame_at_sub_spacing = false;
@@ -109,11 +89,9 @@ struct RgbOutput {
     }
 
     template <class V>
-    static void row(const MixRow& s, const AdjustConstants& a, const Rgb16Layout& layout,
-                    uint8_t* dst) {
-        uint8_t y[mix_block], u[mix_block / 2], v[mix_block / 2];
-        mix_adjust_row<V, Weight>(s, mix_block, a, y, u, v);
-        V::template yuv_to_rgb_store<Format>(y, u, v, mix_block, dst, layout);
+    static void rows(const MixRow* s, int count, uint32_t blocks, const AdjustConstants& a,
+                     const Rgb16Layout& layout, uint8_t* const* dst) {
+        V::template mix_rgb_rows<Format, PairAverage>(s, count, blocks, a, layout, dst);
     }
 };
 

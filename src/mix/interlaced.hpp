@@ -21,22 +21,16 @@ constexpr FieldRowPlan full_group[4] = {
 constexpr FieldRowPlan last_group[4] = {
     {0, false, false}, {0, true, false}, {1, false, false}, {1, false, false}};
 
-// The frame samples of one output row over one block, into y (16) and u, v (8 each).
-template <class V>
-void field_samples(const FieldRowPlan& plan, const uint8_t* luma, const uint8_t* u,
-                   const uint8_t* v, ptrdiff_t luma_pitch, ptrdiff_t chroma_pitch, uint8_t* y_out,
-                   uint8_t* u_out, uint8_t* v_out) {
-    if (plan.luma_average)
-        V::average(luma, luma + luma_pitch, y_out, mix_block);
-    else
-        V::copy(luma, y_out, mix_block);
-    if (plan.chroma_average) {
-        V::average(u, u + chroma_pitch, u_out, mix_block / 2);
-        V::average(v, v + chroma_pitch, v_out, mix_block / 2);
-    } else {
-        V::copy(u, u_out, mix_block / 2);
-        V::copy(v, v_out, mix_block / 2);
-    }
+// The frame samples of one output row as a mix row reads them: field luma row k or k + 1
+// (perhaps averaged with the row below) and chroma row j (perhaps averaged with j + 1).
+inline MixRow field_row(const FieldRowPlan& plan, const uint8_t* luma, const uint8_t* u,
+                        const uint8_t* v, ptrdiff_t luma_pitch, ptrdiff_t chroma_pitch,
+                        const uint8_t* alpha, const uint8_t* sub_y, const uint8_t* sub_u,
+                        const uint8_t* sub_v) {
+    MixRow row{luma, u, v, alpha, sub_y, sub_u, sub_v};
+    if (plan.luma_average) row.frame_y_below = luma + luma_pitch;
+    if (plan.chroma_average) row.frame_u_below = u + chroma_pitch, row.frame_v_below = v + chroma_pitch;
+    return row;
 }
 
 // Runs the groups of a picture `height` output rows tall: fewer than 8 rows get one group under
@@ -69,6 +63,7 @@ void mix_ayuy2_yuy2_i_ajust(MIX_INFO* info) {
     const ptrdiff_t image_stride = info->image_stride;
     // The width counter runs over pixel pairs, 8 pairs per block.
     const uint32_t blocks = loop_count(width >> 1, mix_block / 2);
+    const ptrdiff_t run = ptrdiff_t(blocks) * mix_block;
 
     MovingFields m = MovingFields::of(info);
     const uint8_t* frame_y = info->frame_y;
@@ -78,21 +73,17 @@ void mix_ayuy2_yuy2_i_ajust(MIX_INFO* info) {
     for_each_group(rows, [&](const FieldRowPlan* plan, bool last) {
         for (int r = 0; r < 4; ++r) {
             if (last && r == 2) m.height = 2;  // the last group counts its final two rows
-            for (uint32_t i = 0; i < blocks; ++i) {
-                uint8_t fy[mix_block], fu[mix_block / 2], fv[mix_block / 2];
-                field_samples<V>(plan[r], frame_y, m.frame_u, m.frame_v, frame_stride,
-                                 frame_chroma_pitch, fy, fu, fv);
-                const MixRow s{fy, fu, fv, m.sub_opacity, m.sub_y, m.sub_u, m.sub_v};
-                Yuy2Output::row<V>(s, a, rgb16_layouts[0], out);
-                frame_y += mix_block;
-                out += 2 * mix_block;
-                m.sub_opacity += mix_block;
-                m.sub_y += mix_block;
-                m.sub_u += mix_block / 2;
-                m.sub_v += mix_block / 2;
-                m.frame_u += mix_block / 2;
-                m.frame_v += mix_block / 2;
-            }
+            const MixRow row = field_row(plan[r], frame_y, m.frame_u, m.frame_v, frame_stride,
+                                         frame_chroma_pitch, m.sub_opacity, m.sub_y, m.sub_u, m.sub_v);
+            Yuy2Output::rows<V>(&row, 1, blocks, a, rgb16_layouts[0], &out);
+            frame_y += run;
+            out += 2 * run;
+            m.sub_opacity += run;
+            m.sub_y += run;
+            m.sub_u += run / 2;
+            m.sub_v += run / 2;
+            m.frame_u += run / 2;
+            m.frame_v += run / 2;
             // Even rows of a group read a field row that the next row reads again.
             frame_y += (r % 2 == 0) ? -ptrdiff_t(width) : frame_stride - width;
             // Frame chroma returns to the start of its row until the group ends.
@@ -114,7 +105,7 @@ void mix_ayuy2_yuy2_i_ajust(MIX_INFO* info) {
 // RGB output in vertical strips of 16 pixels, on working copies only: the record is not changed.
 template <class V, class Format>
 void mix_rgb_interlaced(const MIX_INFO* info) {
-    using Out = RgbOutput<Format, PairAverageWeight>;
+    using Out = RgbOutput<Format, true>;
     Rgb16Layout layout;
     if (!Out::select_layout(info, layout)) return;
     const AdjustConstants a = load_adjust_constants();
@@ -133,19 +124,16 @@ void mix_rgb_interlaced(const MIX_INFO* info) {
     const uint8_t* sub_v = info->sub_v;
     uint8_t* out = info->image;
     auto group = [&](const FieldRowPlan* plan, bool) {
+        MixRow rows[4];
+        uint8_t* dst[4];
         for (int r = 0; r < 4; ++r) {
-            uint8_t fy[mix_block], fu[mix_block / 2], fv[mix_block / 2];
-            field_samples<V>(plan[r], luma + plan[r].luma_row * frame_stride, frame_u, frame_v,
-                             frame_stride, frame_stride >> 1, fy, fu, fv);
-            const MixRow s{fy,
-                           fu,
-                           fv,
-                           alpha + r * sub_stride,
-                           sub_y + r * sub_stride,
-                           sub_u + r * sub_chroma_pitch,
-                           sub_v + r * sub_chroma_pitch};
-            Out::template row<V>(s, a, layout, out + r * image_stride);
+            rows[r] = field_row(plan[r], luma + plan[r].luma_row * frame_stride, frame_u, frame_v,
+                                frame_stride, frame_stride >> 1, alpha + r * sub_stride,
+                                sub_y + r * sub_stride, sub_u + r * sub_chroma_pitch,
+                                sub_v + r * sub_chroma_pitch);
+            dst[r] = out + r * image_stride;
         }
+        Out::template rows<V>(rows, 4, 1, a, layout, dst);
         luma += 2 * frame_stride;
         frame_u += frame_stride >> 1;
         frame_v += frame_stride >> 1;

@@ -28,25 +28,23 @@ void mix_progressive(MIX_INFO* info) {
     MovingFields m = MovingFields::of(info);
     const uint8_t* frame_y = info->frame_y;
     uint8_t* out = info->image;
+    const ptrdiff_t run = ptrdiff_t(blocks) * mix_block;
     do {
-        for (uint32_t i = 0; i < blocks; ++i) {
-            const MixRow top{frame_y, m.frame_u, m.frame_v, m.sub_opacity, m.sub_y, m.sub_u, m.sub_v};
-            // The frame's chroma row serves both rows; the sub-picture has a chroma row per row.
-            const MixRow bottom{frame_y + frame_second_row,   m.frame_u,
-                                m.frame_v,                    m.sub_opacity + sub_second_row,
-                                m.sub_y + sub_second_row,     m.sub_u + sub_chroma_pitch,
-                                m.sub_v + sub_chroma_pitch};
-            Out::template row<V>(top, a, layout, out);
-            Out::template row<V>(bottom, a, layout, out + image_stride);
-            frame_y += mix_block;
-            out += Out::block_bytes;
-            m.sub_opacity += mix_block;
-            m.sub_y += mix_block;
-            m.frame_u += mix_block / 2;
-            m.frame_v += mix_block / 2;
-            m.sub_u += mix_block / 2;
-            m.sub_v += mix_block / 2;
-        }
+        // The frame's chroma row serves both rows; the sub-picture has a chroma row per row.
+        const MixRow pair[2] = {
+            {frame_y, m.frame_u, m.frame_v, m.sub_opacity, m.sub_y, m.sub_u, m.sub_v},
+            {frame_y + frame_second_row, m.frame_u, m.frame_v, m.sub_opacity + sub_second_row,
+             m.sub_y + sub_second_row, m.sub_u + sub_chroma_pitch, m.sub_v + sub_chroma_pitch}};
+        uint8_t* const dst[2] = {out, out + image_stride};
+        Out::template rows<V>(pair, 2, blocks, a, layout, dst);
+        frame_y += run;
+        out += ptrdiff_t(blocks) * Out::block_bytes;
+        m.sub_opacity += run;
+        m.sub_y += run;
+        m.frame_u += run / 2;
+        m.frame_v += run / 2;
+        m.sub_u += run / 2;
+        m.sub_v += run / 2;
         // Steps computed for an exact width: a partial last block drifts every later pair.
         frame_y += 2 * frame_stride - width;
         out += 2 * image_stride - Out::row_bytes(width);

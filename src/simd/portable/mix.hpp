@@ -1,18 +1,105 @@
 // Portable vocabulary operations used only by the mix kernels.
 #pragma once
 
+#include <cstddef>
+
+#include "core/adjust.hpp"
 #include "simd/portable/core.hpp"
+#include "simd/portable/load.hpp"
 
 namespace dispconv::simd {
 namespace {
 
+// The samples under one row of a run of blocks: frame luma and chroma, sub-picture alpha, luma
+// and chroma (the chroma runs are half as long as the luma runs). Where a `below` pointer is
+// set, that frame plane is read as the rounded average of its row and the row at `below`.
+struct MixRow {
+    const uint8_t* frame_y;
+    const uint8_t* frame_u;
+    const uint8_t* frame_v;
+    const uint8_t* alpha;
+    const uint8_t* sub_y;
+    const uint8_t* sub_u;
+    const uint8_t* sub_v;
+    const uint8_t* frame_y_below = nullptr;
+    const uint8_t* frame_u_below = nullptr;
+    const uint8_t* frame_v_below = nullptr;
+
+    // The same row `pixels` further right.
+    MixRow advanced(ptrdiff_t pixels) const {
+        const ptrdiff_t half = pixels / 2;
+        return {frame_y + pixels,
+                frame_u + half,
+                frame_v + half,
+                alpha + pixels,
+                sub_y + pixels,
+                sub_u + half,
+                sub_v + half,
+                frame_y_below ? frame_y_below + pixels : nullptr,
+                frame_u_below ? frame_u_below + half : nullptr,
+                frame_v_below ? frame_v_below + half : nullptr};
+    }
+};
+
 struct PortableMix {
+    static constexpr int block = 16;  // pixels per block of the AYUY2 mixers
+
     // The blend step over n samples: dst[i] = (frame[i] * (16 - w[i]) + sub[i] * w[i]) >> 4 in
     // 16-bit lanes, truncated. The odd-pixel and pair-average chroma weights come from
     // keep_odd and average_pairs.
     static void mix(const uint8_t* frame, const uint8_t* sub, const uint8_t* weight, uint8_t* dst,
                     int n) {
         for (int i = 0; i < n; ++i) dst[i] = mix_u8(frame[i], sub[i], weight[i]);
+    }
+
+    // One block of one row mixed, then adjusted (never the other way round): 16 lumas, each
+    // with its own alpha, and 8 U and 8 V weighted by the pair's odd alpha or, with
+    // PairAverage, the rounded average of the pair's alphas.
+    template <bool PairAverage>
+    static void mix_adjust_block(const MixRow& s, const AdjustConstants& a, uint8_t* y, uint8_t* u,
+                                 uint8_t* v) {
+        uint8_t fy[block], fu[block / 2], fv[block / 2], w[block / 2];
+        const uint8_t *frame_y = s.frame_y, *frame_u = s.frame_u, *frame_v = s.frame_v;
+        if (s.frame_y_below) PortableCore::average(frame_y, s.frame_y_below, fy, block), frame_y = fy;
+        if (s.frame_u_below) PortableCore::average(frame_u, s.frame_u_below, fu, block / 2), frame_u = fu;
+        if (s.frame_v_below) PortableCore::average(frame_v, s.frame_v_below, fv, block / 2), frame_v = fv;
+        if constexpr (PairAverage)
+            PortableLoad::average_pairs(s.alpha, w, block / 2);
+        else
+            PortableLoad::keep_odd(s.alpha, w, block / 2);
+        mix(frame_y, s.sub_y, s.alpha, y, block);
+        mix(frame_u, s.sub_u, w, u, block / 2);
+        mix(frame_v, s.sub_v, w, v, block / 2);
+        PortableCore::adjust(y, y, block, a.luma_gain, a.luma_offset);
+        PortableCore::adjust(u, u, block / 2, a.chroma_gain, a.u_offset);
+        PortableCore::adjust(v, v, block / 2, a.chroma_gain, a.v_offset);
+    }
+
+    // `count` rows of `blocks` blocks each into YUY2 at dst[0..count), odd-pixel chroma weights.
+    // The blocks go left to right and each block row by row, the order of the stores of a walk
+    // that goes block by block (it shows where rows overlap).
+    static void mix_yuy2_rows(const MixRow* rows, int count, uint32_t blocks,
+                              const AdjustConstants& a, uint8_t* const* dst) {
+        for (uint32_t i = 0; i < blocks; ++i)
+            for (int r = 0; r < count; ++r) {
+                uint8_t y[block], u[block / 2], v[block / 2];
+                mix_adjust_block<false>(rows[r].advanced(ptrdiff_t(i) * block), a, y, u, v);
+                PortableCore::join_yuy2(y, u, v, dst[r] + ptrdiff_t(i) * 2 * block, block);
+            }
+    }
+
+    // The same into an RGB format, after the conversion of the mixed, adjusted samples.
+    template <class Format, bool PairAverage>
+    static void mix_rgb_rows(const MixRow* rows, int count, uint32_t blocks,
+                             const AdjustConstants& a, const Rgb16Layout& layout,
+                             uint8_t* const* dst) {
+        for (uint32_t i = 0; i < blocks; ++i)
+            for (int r = 0; r < count; ++r) {
+                uint8_t y[block], u[block / 2], v[block / 2];
+                mix_adjust_block<PairAverage>(rows[r].advanced(ptrdiff_t(i) * block), a, y, u, v);
+                PortableCore::yuv_to_rgb_store<Format>(
+                    y, u, v, block, dst[r] + ptrdiff_t(i) * block * Format::bytes_per_pixel, layout);
+            }
     }
 };
 
