@@ -12,7 +12,7 @@ namespace {
 
 // The walk shared by the six: blocks of `block` pixels per row, the opacity plane stepping by
 // half of (frame_stride - width), and a row count that either stays private or is counted
-// down in the record. `step(opacity, bitmap)` moves one block.
+// down in the record. `step(opacity, bitmap, pixels)` moves a row's blocks in one run.
 template <int block, int bpp, bool count_in_record, class Step>
 void alpha_walk(MIX_INFO* info, Step step) {
     const int32_t width = info->width;
@@ -28,8 +28,8 @@ void alpha_walk(MIX_INFO* info, Step step) {
     uint32_t rows = static_cast<uint32_t>(info->height);
     bool more;
     do {
-        for (uint32_t i = 0; i < blocks; ++i, opacity += block, bitmap += block * bpp)
-            step(opacity, bitmap);
+        step(opacity, bitmap, int(blocks * block));
+        opacity += blocks * block, bitmap += ptrdiff_t(blocks) * block * bpp;
         opacity += alpha_skip, bitmap += image_skip;
         more = --rows != 0 && image_skip >= 0;
         if constexpr (count_in_record) info->height = static_cast<int32_t>(rows);
@@ -38,31 +38,31 @@ void alpha_walk(MIX_INFO* info, Step step) {
 
 template <class V>
 void load_subpicture_alpha_rgb32(MIX_INFO* info) {
-    alpha_walk<16, 4, false>(info, [](uint8_t* a, uint8_t* p) { V::template spread_bytes<4>(a, p, 16); });
+    alpha_walk<16, 4, false>(info, [](uint8_t* a, uint8_t* p, int n) { V::template spread_bytes<4>(a, p, n); });
 }
 template <class V>
 void load_subpicture_alpha_rgb24(MIX_INFO* info) {
-    alpha_walk<16, 3, true>(info, [](uint8_t* a, uint8_t* p) { V::template spread_bytes<3>(a, p, 16); });
+    alpha_walk<16, 3, true>(info, [](uint8_t* a, uint8_t* p, int n) { V::template spread_bytes<3>(a, p, n); });
 }
 // Levels are written as whole 16-bit values: above 31 they spill into the green field.
 template <class V>
 void load_subpicture_alpha_rgb16_565(MIX_INFO* info) {
-    alpha_walk<16, 2, false>(info, [](uint8_t* a, uint8_t* p) { V::template spread_bytes<2>(a, p, 16); });
+    alpha_walk<16, 2, false>(info, [](uint8_t* a, uint8_t* p, int n) { V::template spread_bytes<2>(a, p, n); });
 }
 
 template <class V>
 void Restore_RGB32_To_Alpha(MIX_INFO* info) {
-    alpha_walk<8, 4, false>(info, [](uint8_t* a, uint8_t* p) { V::template pick_bytes<4, 0, 0xFF>(p, a, 8); });
+    alpha_walk<8, 4, false>(info, [](uint8_t* a, uint8_t* p, int n) { V::template pick_bytes<4, 0, 0xFF>(p, a, n); });
 }
 // Deliberate: each level is the top byte of the pixel's 32-bit word, the next pixel's blue,
 // so levels come back one pixel to the left and the row's last one reads past the row.
 template <class V>
 void Restore_RGB24_To_Alpha(MIX_INFO* info) {
-    alpha_walk<8, 3, true>(info, [](uint8_t* a, uint8_t* p) { V::template pick_bytes<3, 3, 0xFF>(p, a, 8); });
+    alpha_walk<8, 3, true>(info, [](uint8_t* a, uint8_t* p, int n) { V::template pick_bytes<3, 3, 0xFF>(p, a, n); });
 }
 template <class V>
 void Restore_RGB16_565_To_Alpha(MIX_INFO* info) {
-    alpha_walk<16, 2, false>(info, [](uint8_t* a, uint8_t* p) { V::template pick_bytes<2, 0, 0x1F>(p, a, 16); });
+    alpha_walk<16, 2, false>(info, [](uint8_t* a, uint8_t* p, int n) { V::template pick_bytes<2, 0, 0x1F>(p, a, n); });
 }
 
 }  // namespace

@@ -47,22 +47,9 @@ void ayuy2_to_rgb(MIX_INFO* info) {
     uint8_t* image = info->image;
 
     for (uint32_t row = loop_count(info->height, 1); row--; image += image_next) {
-        for (uint32_t i = 0; i < blocks; ++i) {
-            uint8_t y[block], u[block / 2], v[block / 2], converted[block * bpp];
-            if constexpr (Adjust::enabled) {
-                V::adjust(sub_y, y, block, a.luma_gain, a.luma_offset);
-                V::adjust(sub_u, u, block / 2, a.chroma_gain, a.u_offset);
-                V::adjust(sub_v, v, block / 2, a.chroma_gain, a.v_offset);
-            } else {
-                V::copy(sub_y, y, block);
-                V::copy(sub_u, u, block / 2);
-                V::copy(sub_v, v, block / 2);
-            }
-            V::template yuv_to_rgb_store<Format>(y, u, v, block, converted, layout);
-            V::template opacity_select<Format>(opacity, converted, key, image, block);
-            sub_y += block, opacity += block, sub_u += block / 2, sub_v += block / 2;
-            image += block * bpp;
-        }
+        V::template ayuy2_row_to_rgb<Format, Adjust>(sub_y, sub_u, sub_v, opacity, blocks, key, a, layout, image);
+        sub_y += blocks * block, opacity += blocks * block, sub_u += blocks * (block / 2), sub_v += blocks * (block / 2);
+        image += ptrdiff_t(blocks) * block * bpp;
     }
 }
 

@@ -26,10 +26,18 @@ void fill_color_key(const uint8_t* pattern, int pattern_bytes, void* surface, in
     const uint32_t blocks = loop_count(width, key_block);
     const ptrdiff_t next = 2 * ptrdiff_t(stride) - ptrdiff_t(width) * bpp;
     auto* row = static_cast<uint8_t*>(surface);
-    for (uint32_t pair = loop_count(height, 2); pair--; row += next) {
-        for (uint32_t i = 0; i < blocks; ++i, row += block_bytes) {
-            V::fill_pattern(row, pattern, pattern_bytes, block_bytes);
-            V::fill_pattern(row + stride, pattern, pattern_bytes, block_bytes);
+    const ptrdiff_t row_bytes = ptrdiff_t(blocks) * block_bytes;
+    // Rows that share bytes keep the block-by-block order, which decides the overlap's bytes.
+    const bool apart = stride >= row_bytes || -ptrdiff_t(stride) >= row_bytes;
+    for (uint32_t pair = loop_count(height, 2); pair--; row += row_bytes + next) {
+        if (apart) {
+            V::fill_pattern(row, pattern, pattern_bytes, row_bytes);
+            V::fill_pattern(row + stride, pattern, pattern_bytes, row_bytes);
+            continue;
+        }
+        for (uint32_t i = 0; i < blocks; ++i) {
+            V::fill_pattern(row + i * block_bytes, pattern, pattern_bytes, block_bytes);
+            V::fill_pattern(row + i * block_bytes + stride, pattern, pattern_bytes, block_bytes);
         }
     }
 }
@@ -73,10 +81,9 @@ void RelaceMaskWithColorKey(uint8_t* dst, uint8_t* mask, uint32_t mask_value, ui
     const uint32_t blocks = loop_count(width, key_block);
     const ptrdiff_t next = ptrdiff_t(stride) - width;
     // No check on entry: a height of 0 still processes one row.
-    for (uint32_t row = loop_count(height, 1); row--; dst += next, mask += next) {
-        for (uint32_t i = 0; i < blocks; ++i, dst += key_block, mask += key_block)
-            V::replace_marked(mask, marker, key, dst, key_block);
-    }
+    const ptrdiff_t row_bytes = ptrdiff_t(blocks) * key_block;
+    for (uint32_t row = loop_count(height, 1); row--; dst += row_bytes + next, mask += row_bytes + next)
+        V::replace_marked(mask, marker, key, dst, row_bytes);
 }
 
 }  // namespace

@@ -27,18 +27,12 @@ void rgb_to_ayuy2(MIX_INFO* info) {
     uint8_t* v = info->sub_v;
     uint8_t* opacity = info->sub_opacity;
 
-    // Both counters are tested after counting down: width < 8 or height 0 run on (caller error).
+    // Both counters are tested after counting down: width < 8 or height 0 run on (caller error;
+    // the row operation takes 0 blocks as 2^32).
     uint32_t rows = static_cast<uint32_t>(info->height);
     do {
-        uint32_t left = blocks;
-        do {
-            if (!V::template all_key<Format>(src, block, info->color_key)) {
-                uint8_t bgrx[4 * block];
-                V::template expand_bgrx<Format>(src, bgrx, block);
-                V::bgrx_to_subpicture(bgrx, block, y, u, v);
-            }
-            src += block * bpp, y += block, u += block / 2, v += block / 2;
-        } while (--left != 0);
+        V::template rgb_row_to_subpicture<Format>(src, blocks, info->color_key, y, u, v);
+        src += ptrdiff_t(blocks) * block * bpp, y += blocks * block, u += blocks * (block / 2), v += blocks * (block / 2);
         // The steps use the nominal width: a width off the block starts each row earlier.
         src += image_skip, y += sub_skip, u += chroma_skip, v += chroma_skip;
         // Deliberate: the opacity pointer moves by the row remainder alone, nothing is written.

@@ -3,6 +3,8 @@
 
 #include <cstring>
 
+#include "core/adjust.hpp"
+#include "core/rgb16.hpp"
 #include "simd/portable/core.hpp"
 
 namespace dispconv::simd {
@@ -79,6 +81,46 @@ public:
         for (int j = 0; j < pixels / 2; ++j) {
             u[j] = subpicture_sample(bgrx + 8 * j, subpicture_u);
             v[j] = subpicture_sample(bgrx + 8 * j, subpicture_v);
+        }
+    }
+
+    // A row of `blocks` blocks of 8 source pixels (blocks 0 counts as 2^32, a caller error):
+    // blocks entirely of `key` are skipped, the others converted; y, u and v advance by 8, 4, 4
+    // per block either way.
+    template <class Format>
+    static void rgb_row_to_subpicture(const uint8_t* src, uint32_t blocks, uint32_t key, uint8_t* y,
+                                      uint8_t* u, uint8_t* v) {
+        constexpr int block = 8;
+        do {
+            if (!all_key<Format>(src, block, key)) {
+                uint8_t bgrx[4 * block];
+                expand_bgrx<Format>(src, bgrx, block);
+                bgrx_to_subpicture(bgrx, block, y, u, v);
+            }
+            src += block * Format::bytes_per_pixel, y += block, u += block / 2, v += block / 2;
+        } while (--blocks != 0);
+    }
+
+    // `blocks` blocks of 16 sub-picture pixels (16 lumas, 8 U, 8 V, 16 opacities each),
+    // adjusted when Adjust says so, converted and selected by opacity against the key pixel.
+    template <class Format, class Adjust>
+    static void ayuy2_row_to_rgb(const uint8_t* sub_y, const uint8_t* sub_u, const uint8_t* sub_v,
+                                 const uint8_t* opacity, uint32_t blocks, const uint8_t* key,
+                                 const AdjustConstants& a, const Rgb16Layout& layout, uint8_t* image) {
+        constexpr int block = 16, bpp = Format::bytes_per_pixel;
+        for (uint32_t i = 0; i < blocks; ++i) {
+            uint8_t y[block], u[block / 2], v[block / 2], converted[block * bpp];
+            if constexpr (Adjust::enabled) {
+                PortableCore::adjust(sub_y, y, block, a.luma_gain, a.luma_offset);
+                PortableCore::adjust(sub_u, u, block / 2, a.chroma_gain, a.u_offset);
+                PortableCore::adjust(sub_v, v, block / 2, a.chroma_gain, a.v_offset);
+            } else {
+                std::memcpy(y, sub_y, block), std::memcpy(u, sub_u, block / 2), std::memcpy(v, sub_v, block / 2);
+            }
+            PortableCore::yuv_to_rgb_store<Format>(y, u, v, block, converted, layout);
+            opacity_select<Format>(opacity, converted, key, image, block);
+            sub_y += block, opacity += block, sub_u += block / 2, sub_v += block / 2;
+            image += block * bpp;
         }
     }
 
