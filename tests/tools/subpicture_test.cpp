@@ -1,6 +1,5 @@
 // Sub-picture preparation from RGBA art through the library's preparation kernels.
 #include "clip.hpp"
-#include "kernels.hpp"
 #include "subpicture.hpp"
 #include "tool_support.hpp"
 
@@ -33,7 +32,6 @@ TEST(SubPicture, OpacityLevelsRoundAlphaToSixteenths) {
 }
 
 TEST(SubPicture, PlanesHoldTheArtWhereItIsAndNothingElsewhere) {
-    if (!have_subpicture) GTEST_SKIP() << "sub-picture kernels are not in this build";
     // 6x2 art on a 64x32 frame: white, half-transparent red, transparent, opaque blue, ...
     RgbaPicture art;
     art.width = 6;

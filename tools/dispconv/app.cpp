@@ -9,7 +9,6 @@
 
 #include "clip.hpp"
 #include "frame.hpp"
-#include "kernels.hpp"
 #include "options.hpp"
 #include "output.hpp"
 #include "pipeline.hpp"
@@ -91,10 +90,7 @@ int run(const Options& options) {
     if (!options.subpicture.empty()) {
         art = read_png(options.subpicture);
     } else if (!input.reader && !options.no_subpicture) {
-        if (have_subpicture)
-            art = make_subtitle(input.header.width, input.header.height);
-        else if (!options.quiet)
-            std::fprintf(stderr, "dispconv: note: sub-picture kernels are not in this build; the built-in subtitle is left out\n");
+        art = make_subtitle(input.header.width, input.header.height);
     }
 
     Job job;
@@ -102,7 +98,6 @@ int run(const Options& options) {
     job.stretch = options.stretch;
     job.field = options.field;
     job.subpicture = art.has_value();
-    job.subpicture_left_out = !art && !input.reader && !options.no_subpicture;
     job.contrast = options.contrast;
     job.brightness = options.brightness;
     job.saturation = options.saturation;

@@ -1,6 +1,6 @@
 #include "pipeline.hpp"
 
-#include "kernels.hpp"
+#include "dispconv.h"
 
 namespace dispconv::tool {
 namespace {
@@ -9,7 +9,7 @@ using FrameKernel = void(*) DISPCONV_FRAME_SIGNATURE;
 
 bool is_rgb16(SurfaceFormat f) { return format_info(f).rgb16_layout >= 0; }
 
-[[maybe_unused]] PlanarView field_of(PlanarView view, int parity) {
+PlanarView field_of(PlanarView view, int parity) {
     if (parity < 0) return view;
     view.y += parity * view.stride;
     view.u += parity * (view.stride / 2);
@@ -36,8 +36,6 @@ Pipeline::Pipeline(const Job& job, const Geometry& geometry, Chroma source_chrom
     : job_(job), geometry_(geometry), chroma_(source_chroma) {
     const bool doubles_height = job.stretch == Stretch::double_height ||
                                 job.stretch == Stretch::double_height_filter || job.stretch == Stretch::edge;
-    if (job.field >= 0 && job.stretch == Stretch::none && job.subpicture_left_out)
-        throw ToolError("interlaced field mixing is not available in this build (the sub-picture or mixing kernels are missing)");
     if (job.field >= 0 && !(doubles_height || (job.stretch == Stretch::none && job.subpicture)))
         throw ToolError("--interlaced needs a sub-picture or the 1x2, 1x2-filter or edge stretch "
                         "(those are the kernels that double a field)");
@@ -48,11 +46,6 @@ Pipeline::Pipeline(const Job& job, const Geometry& geometry, Chroma source_chrom
         if (job.format == SurfaceFormat::yv12)
             throw ToolError("a yv12 surface needs a 4:2:0 input (no kernel turns 4:2:2 into YV12)");
     }
-    if (job.stretch != Stretch::none && !have_stretch)
-        throw ToolError(std::string("the ") + stretch_name(job.stretch) +
-                        " stretch is not available in this build (the stretching kernels are missing)");
-    if (job.subpicture && !have_subpicture)
-        throw ToolError("sub-pictures are not available in this build (the sub-picture or mixing kernels are missing)");
     if (job.format == SurfaceFormat::yv12 &&
         (job.stretch == Stretch::double_height_filter || job.stretch == Stretch::edge))
         throw ToolError(std::string("the ") + stretch_name(job.stretch) + " stretch writes YUY2 and RGB surfaces, not yv12");
@@ -101,7 +94,6 @@ PlanarView Pipeline::mixed_view() {
 void Pipeline::plan() {
     if (job_.subpicture && job_.stretch == Stretch::none) return plan_mix(job_);
     if (job_.subpicture) {
-#if DISPCONV_TOOL_HAVE_MIX
         // Mix at the frame's size first, then stretch the mixed frame.
         mixed_ = Surface(SurfaceFormat::yv12, geometry_.padded_width, geometry_.padded_height);
         add("mix_ayv12_yv12_p", [this](const SourceFrame& frame, const SubPicture* sub) {
@@ -124,14 +116,12 @@ void Pipeline::plan() {
             m.image_v = mixed_.plane_v();
             mix_ayv12_yv12_p(&m);
         });
-#endif
     }
     if (job_.stretch != Stretch::none) return plan_stretch(job_);
     plan_load(job_);
 }
 
 void Pipeline::plan_mix(const Job& job) {
-#if DISPCONV_TOOL_HAVE_MIX
     const SurfaceFormat f = job.format;
     const bool field = job.field >= 0;
     using MixKernel = void (*)(MIX_INFO*);
@@ -195,9 +185,6 @@ void Pipeline::plan_mix(const Job& job) {
         MIX_INFO m = fill(frame, sub, surface_.data(), surface_.stride());
         kernel(&m);
     });
-#else
-    (void)job;
-#endif
 }
 
 void Pipeline::finish_from_yuy2(bool adjusted) {
@@ -221,7 +208,6 @@ void Pipeline::finish_from_yuy2(bool adjusted) {
 }
 
 void Pipeline::plan_stretch(const Job& job) {
-#if DISPCONV_TOOL_HAVE_STRETCH
     const SurfaceFormat f = job.format;
     const bool rgb = !format_info(f).yuv;
     const bool mixed = job.subpicture;
@@ -314,9 +300,6 @@ void Pipeline::plan_stretch(const Job& job) {
             return;
         case Stretch::none: return;
     }
-#else
-    (void)job;
-#endif
 }
 
 void Pipeline::plan_load(const Job& job) {

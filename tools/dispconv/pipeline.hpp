@@ -17,13 +17,11 @@ struct Job {
     Stretch stretch = Stretch::none;
     int field = -1;             // -1 whole frames, 0 top, 1 bottom
     bool subpicture = false;
-    bool subpicture_left_out = false;  // one was wanted, but this build cannot mix it
     double contrast = 1.0, brightness = 0.0, saturation = 1.0;
 };
 
 // The chain of kernels for a job, with every buffer it needs. Building it checks the
-// combination and throws ToolError for one the kernels cannot do, or one whose kernels are
-// missing from this build; running it cannot fail.
+// combination and throws ToolError for one the kernels cannot do; running it cannot fail.
 class Pipeline {
 public:
     Pipeline(const Job& job, const Geometry& geometry, Chroma source_chroma);

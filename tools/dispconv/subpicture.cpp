@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "kernels.hpp"
+#include "dispconv.h"
 
 namespace dispconv::tool {
 
@@ -15,7 +15,6 @@ Placement place_art(int art_width, int art_height, int frame_width, int frame_he
 }
 
 SubPicture prepare_subpicture(const RgbaPicture& art, const Geometry& geometry) {
-    if (!have_subpicture) throw ToolError("sub-pictures are not available in this build (the sub-picture kernels are missing)");
     const int w = geometry.padded_width, h = geometry.padded_height;
     SubPicture sub;
     sub.width = w;
@@ -61,7 +60,6 @@ SubPicture prepare_subpicture(const RgbaPicture& art, const Geometry& geometry) 
             if (levels.data()[o] == 0 && levels.data()[o + 4] != 0) std::memcpy(colour.data() + o, colour.data() + o + 4, 4);
         }
 
-#if DISPCONV_TOOL_HAVE_SUBPICTURE
     MIX_INFO info{};
     info.sub_stride = w;
     info.image_stride = w * 4;
@@ -85,7 +83,6 @@ SubPicture prepare_subpicture(const RgbaPicture& art, const Geometry& geometry) 
     alpha.image = levels.data();
     alpha.sub_opacity = sub.opacity.data();
     Restore_RGB32_To_Alpha(&alpha);
-#endif
     return sub;
 }
 

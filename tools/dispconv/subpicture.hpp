@@ -27,8 +27,7 @@ inline constexpr uint32_t subpicture_color_key = 0x00FF00FFu;
 inline int opacity_level(int alpha) { return (alpha * 16 + 127) / 255; }
 
 // Builds the colour-keyed RGB32 bitmap and the opacity bitmap (level in blue) from the art,
-// then runs the preparation kernels over the whole frame area. Throws ToolError if the
-// preparation kernels are not in this build.
+// then runs the preparation kernels over the whole frame area.
 SubPicture prepare_subpicture(const RgbaPicture& art, const Geometry& geometry);
 
 }  // namespace dispconv::tool
