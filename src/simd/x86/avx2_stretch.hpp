@@ -4,14 +4,15 @@
 
 #include <immintrin.h>
 
+#include "simd/x86/avx2_ops.hpp"
 #include "simd/x86/sse2_stretch.hpp"
 
 namespace dispconv::simd {
 namespace {
 namespace x86sw {
 
-inline __m256i load32(const uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
-inline void store32(uint8_t* p, __m256i v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
+using x86w::load32;
+using x86w::store32;
 // 16 bytes at p in the low lane and 16 at p + 8 in the high lane.
 inline __m256i load_pair(const uint8_t* p) {
     return _mm256_set_m128i(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 8)),

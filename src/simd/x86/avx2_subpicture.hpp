@@ -5,14 +5,15 @@
 
 #include <immintrin.h>
 
+#include "simd/x86/avx2_ops.hpp"
 #include "simd/x86/sse2_subpicture.hpp"
 
 namespace dispconv::simd {
 namespace {
 namespace subpicture_avx2 {
 
-inline __m256i load32(const uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
-inline void store32(uint8_t* p, __m256i v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
+using x86w::load32;
+using x86w::store32;
 inline __m256i lanes_of(const uint8_t* lane0, const uint8_t* lane1) {
     return _mm256_set_m128i(x86::load16(lane1), x86::load16(lane0));
 }

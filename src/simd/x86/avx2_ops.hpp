@@ -1,0 +1,115 @@
+// AVX2 building blocks: two 16-pixel blocks per register, one per 128-bit lane, each lane
+// computing exactly what the SSE2 building blocks compute for one block.
+#pragma once
+
+#include <immintrin.h>
+
+#include <cstdint>
+
+#include "core/adjust.hpp"
+#include "simd/x86/sse2_ops.hpp"
+
+namespace dispconv::simd {
+namespace {
+namespace x86w {
+
+inline __m256i load32(const uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
+inline void store32(uint8_t* p, __m256i v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
+// Two blocks' 8 chroma bytes (16 consecutive bytes), each zero-extended into its block's lane.
+inline __m256i chroma_pair_words(const uint8_t* p) {
+    return _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+}
+// Stores the lane-0 halves of a and b as one block and the lane-1 halves as the next.
+inline void store_lanes(uint8_t* block0, uint8_t* block1, __m256i a, __m256i b) {
+    store32(block0, _mm256_permute2x128_si256(a, b, 0x20));
+    store32(block1, _mm256_permute2x128_si256(a, b, 0x31));
+}
+
+inline __m256i adjust_words(__m256i w, __m256i gain, __m256i offset) {
+    return _mm256_adds_epi16(_mm256_srli_epi16(_mm256_mullo_epi16(w, gain), 6), offset);
+}
+inline __m256i adjust_bytes(__m256i bytes, __m256i gain, __m256i offset) {
+    const __m256i zero = _mm256_setzero_si256();
+    return _mm256_packus_epi16(adjust_words(_mm256_unpacklo_epi8(bytes, zero), gain, offset),
+                               adjust_words(_mm256_unpackhi_epi8(bytes, zero), gain, offset));
+}
+// Adjusted chroma words narrowed to bytes in the low half of each lane.
+inline __m256i adjust_chroma_words(__m256i w, __m256i gain, __m256i offset) {
+    const __m256i a = adjust_words(w, gain, offset);
+    return _mm256_packus_epi16(a, a);
+}
+
+struct Lanes {
+    __m256i luma_gain, chroma_gain, luma_offset, u_offset, v_offset;
+};
+inline Lanes lanes(const AdjustConstants& a) {
+    return {_mm256_set1_epi16(a.luma_gain), _mm256_set1_epi16(a.chroma_gain), _mm256_set1_epi16(a.luma_offset),
+            _mm256_set1_epi16(a.u_offset), _mm256_set1_epi16(a.v_offset)};
+}
+
+struct ChromaWords {
+    __m256i gu_lo, gu_hi, gv_lo, gv_hi, bu_lo, bu_hi, rv_lo, rv_hi;
+};
+// From chroma bytes in the low half of each lane.
+inline ChromaWords chroma_words(__m256i u8, __m256i v8) {
+    const __m256i zero = _mm256_setzero_si256(), bias = _mm256_set1_epi16(128);
+    const __m256i cu = _mm256_sub_epi16(_mm256_unpacklo_epi8(u8, zero), bias);
+    const __m256i cv = _mm256_sub_epi16(_mm256_unpacklo_epi8(v8, zero), bias);
+    const __m256i gu = _mm256_mulhi_epi16(cu, _mm256_set1_epi16(25625));
+    const __m256i bu = _mm256_mulhi_epi16(_mm256_slli_epi16(cu, 3), _mm256_set1_epi16(16532));
+    const __m256i gv = _mm256_mulhi_epi16(_mm256_slli_epi16(cv, 1), _mm256_set1_epi16(26641));
+    const __m256i rv = _mm256_mulhi_epi16(_mm256_slli_epi16(cv, 2), _mm256_set1_epi16(26149));
+    return {_mm256_unpacklo_epi16(gu, gu), _mm256_unpackhi_epi16(gu, gu), _mm256_unpacklo_epi16(gv, gv),
+            _mm256_unpackhi_epi16(gv, gv), _mm256_unpacklo_epi16(bu, bu), _mm256_unpackhi_epi16(bu, bu),
+            _mm256_unpacklo_epi16(rv, rv), _mm256_unpackhi_epi16(rv, rv)};
+}
+
+struct RgbVectors {
+    __m256i r, g, b;
+};
+inline RgbVectors luma_to_rgb(__m256i y, const ChromaWords& c) {
+    const __m256i zero = _mm256_setzero_si256(), black = _mm256_set1_epi16(16), scale = _mm256_set1_epi16(19071);
+    const __m256i yy_lo = _mm256_mulhi_epi16(_mm256_slli_epi16(_mm256_sub_epi16(_mm256_unpacklo_epi8(y, zero), black), 2), scale);
+    const __m256i yy_hi = _mm256_mulhi_epi16(_mm256_slli_epi16(_mm256_sub_epi16(_mm256_unpackhi_epi8(y, zero), black), 2), scale);
+    return {_mm256_packus_epi16(_mm256_adds_epi16(yy_lo, c.rv_lo), _mm256_adds_epi16(yy_hi, c.rv_hi)),
+            _mm256_packus_epi16(_mm256_subs_epi16(_mm256_subs_epi16(yy_lo, c.gu_lo), c.gv_lo),
+                                _mm256_subs_epi16(_mm256_subs_epi16(yy_hi, c.gu_hi), c.gv_hi)),
+            _mm256_packus_epi16(_mm256_adds_epi16(yy_lo, c.bu_lo), _mm256_adds_epi16(yy_hi, c.bu_hi))};
+}
+
+// Two blocks of 16 pixels (one per lane) stored in a destination format.
+template <class Format>
+inline void store_rgb_2x16(uint8_t* d, const RgbVectors& c, const x86::Rgb16Lanes& l) {
+    constexpr int block_bytes = 16 * Format::bytes_per_pixel;
+    if constexpr (Format::bytes_per_pixel == 2) {
+        const __m256i zero = _mm256_setzero_si256();
+        const __m256i r = _mm256_and_si256(c.r, _mm256_broadcastsi128_si256(l.r_mask));
+        const __m256i g = _mm256_and_si256(c.g, _mm256_broadcastsi128_si256(l.g_mask));
+        const __m256i b = _mm256_and_si256(c.b, _mm256_broadcastsi128_si256(l.b_mask));
+        const __m256i lo = _mm256_or_si256(_mm256_or_si256(_mm256_unpacklo_epi8(zero, r), _mm256_sll_epi16(_mm256_unpacklo_epi8(g, zero), l.g_shift)),
+                                           _mm256_srl_epi16(_mm256_unpacklo_epi8(b, zero), l.b_shift));
+        const __m256i hi = _mm256_or_si256(_mm256_or_si256(_mm256_unpackhi_epi8(zero, r), _mm256_sll_epi16(_mm256_unpackhi_epi8(g, zero), l.g_shift)),
+                                           _mm256_srl_epi16(_mm256_unpackhi_epi8(b, zero), l.b_shift));
+        store_lanes(d, d + block_bytes, lo, hi);
+    } else {
+        const __m256i zero = _mm256_setzero_si256();
+        const __m256i bg_lo = _mm256_unpacklo_epi8(c.b, c.g), bg_hi = _mm256_unpackhi_epi8(c.b, c.g);
+        const __m256i r0_lo = _mm256_unpacklo_epi8(c.r, zero), r0_hi = _mm256_unpackhi_epi8(c.r, zero);
+        const __m256i p0 = _mm256_unpacklo_epi16(bg_lo, r0_lo), p1 = _mm256_unpackhi_epi16(bg_lo, r0_lo);
+        const __m256i p2 = _mm256_unpacklo_epi16(bg_hi, r0_hi), p3 = _mm256_unpackhi_epi16(bg_hi, r0_hi);
+        if constexpr (Format::bytes_per_pixel == 4) {
+            store_lanes(d, d + block_bytes, p0, p1);
+            store_lanes(d + 32, d + block_bytes + 32, p2, p3);
+        } else {
+            for (int lane = 0; lane < 2; ++lane) {
+                auto half = [lane](__m256i v) { return lane ? _mm256_extracti128_si256(v, 1) : _mm256_castsi256_si128(v); };
+                x86::store_rgb24_16(d + lane * block_bytes, {half(p0), half(p1), half(p2), half(p3)});
+            }
+        }
+    }
+}
+
+}  // namespace x86w
+
+}  // namespace
+}  // namespace dispconv::simd
