@@ -36,11 +36,40 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
         x86w::store_rgb_2x16<Format>(d1, x86w::luma_to_rgb(y1, c), layout);
     }
 
+    // Blocks of 8 pixels are 16 bytes: two blocks fill one register, one per lane.
+    template <class Adjust>
+    static void yuy2_pair_to_yuy2(const uint8_t* s0, const uint8_t* s1, uint8_t* d0, uint8_t* d1,
+                                  uint32_t blocks, const AdjustConstants& a) {
+        if (x86w::rows_overlap(d0, d1, ptrdiff_t(blocks) * 16)) return Base::template yuy2_pair_to_yuy2<Adjust>(s0, s1, d0, d1, blocks, a);
+        const __m256i m = _mm256_set1_epi16(0x00FF);
+        const __m256i zero = _mm256_setzero_si256(), top_byte = _mm256_set1_epi16(255);
+        const x86w::Lanes l = x86w::lanes(a);
+        const __m256i uv_offset = _mm256_unpacklo_epi16(l.u_offset, l.v_offset);
+        auto clamp = [&](__m256i w) { return _mm256_max_epi16(_mm256_min_epi16(w, top_byte), zero); };
+        for (; blocks >= 2; blocks -= 2, s0 += 32, s1 += 32, d0 += 32, d1 += 32) {
+            const __m256i top = x86w::load32(s0), bottom = x86w::load32(s1);
+            if constexpr (Adjust::enabled) {
+                const __m256i c = clamp(x86w::adjust_words(_mm256_srli_epi16(top, 8), l.chroma_gain, uv_offset));
+                const __m256i y0 = clamp(x86w::adjust_words(_mm256_and_si256(top, m), l.luma_gain, l.luma_offset));
+                const __m256i y1 = clamp(x86w::adjust_words(_mm256_and_si256(bottom, m), l.luma_gain, l.luma_offset));
+                const __m256i cs = _mm256_slli_epi16(c, 8);
+                x86w::store32(d0, _mm256_or_si256(y0, cs));
+                x86w::store32(d1, _mm256_or_si256(y1, cs));
+            } else {
+                x86w::store32(d0, top);
+                x86w::store32(d1, _mm256_or_si256(_mm256_and_si256(bottom, m), _mm256_andnot_si256(m, top)));
+            }
+        }
+        if (blocks) Base::template yuy2_pair_to_yuy2<Adjust>(s0, s1, d0, d1, 1, a);
+    }
+
     template <class Format, class Adjust>
     static void planar_pair_to_rgb(const uint8_t* y0, const uint8_t* y1, const uint8_t* u,
                                    const uint8_t* v, uint8_t* d0, uint8_t* d1, uint32_t blocks,
                                    const AdjustConstants& a, const Rgb16Layout& layout) {
         constexpr int step = 32 * Format::bytes_per_pixel;
+        if (x86w::rows_overlap(d0, d1, ptrdiff_t(blocks) * step / 2))
+            return Base::template planar_pair_to_rgb<Format, Adjust>(y0, y1, u, v, d0, d1, blocks, a, layout);
         const x86w::Lanes l = x86w::lanes(a);
         const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
         for (; blocks >= 2; blocks -= 2, y0 += 32, y1 += 32, u += 16, v += 16, d0 += step, d1 += step)
@@ -53,6 +82,8 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
     static void yuy2_pair_to_rgb(const uint8_t* s0, const uint8_t* s1, uint8_t* d0, uint8_t* d1,
                                  uint32_t blocks, const AdjustConstants& a, const Rgb16Layout& layout) {
         constexpr int step = 32 * Format::bytes_per_pixel;
+        if (x86w::rows_overlap(d0, d1, ptrdiff_t(blocks) * step / 2))
+            return Base::template yuy2_pair_to_rgb<Format, Adjust>(s0, s1, d0, d1, blocks, a, layout);
         const x86w::Lanes l = x86w::lanes(a);
         const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
         const __m256i m = _mm256_set1_epi16(0x00FF);
@@ -72,6 +103,7 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
 
     static void planar_pair_to_yuy2_gapped(const uint8_t* y0, const uint8_t* y1, const uint8_t* u,
                                            const uint8_t* v, uint8_t* d0, uint8_t* d1, uint32_t blocks) {
+        if (x86w::rows_overlap(d0, d1, ptrdiff_t(blocks) * 32)) return Base::planar_pair_to_yuy2_gapped(y0, y1, u, v, d0, d1, blocks);
         for (; blocks >= 2; blocks -= 2, y0 += 32, y1 += 32, u += 16, v += 16, d0 += 64, d1 += 64) {
             const __m128i u16 = x86::load16(u), v16 = x86::load16(v);
             const __m256i uv = _mm256_set_m128i(_mm_unpackhi_epi8(u16, v16), _mm_unpacklo_epi8(u16, v16));

@@ -51,13 +51,6 @@ inline void store_rgb(uint8_t* block0, const Mixed& m, const x86::Rgb16Lanes& la
     x86w::store_rgb_2x16<Format>(block0, x86w::luma_to_rgb(m.y, x86w::chroma_words(m.u, m.v)), layout);
 }
 
-// Whether two rows of `bytes` written at a and b share any byte (then the order of the stores
-// must stay block by block).
-inline bool rows_overlap(const uint8_t* a, const uint8_t* b, ptrdiff_t bytes) {
-    const intptr_t d = reinterpret_cast<intptr_t>(b) - reinterpret_cast<intptr_t>(a);
-    return (d < 0 ? -d : d) < bytes;
-}
-
 }  // namespace x86m
 }  // namespace
 }  // namespace dispconv::simd
@@ -74,7 +67,7 @@ struct Avx2Mix : Sse2Mix {
         bool plain = count <= 2;
         for (int r = 0; r < count && plain; ++r)
             plain = !rows[r].frame_y_below && !rows[r].frame_u_below && !rows[r].frame_v_below;
-        if (count == 2) plain = plain && !x86m::rows_overlap(dst[0], dst[1], ptrdiff_t(blocks) * block_bytes);
+        if (count == 2) plain = plain && !x86w::rows_overlap(dst[0], dst[1], ptrdiff_t(blocks) * block_bytes);
         if (!plain) return sse2_rows(rows, count, blocks, dst);
         const x86w::Lanes l = x86w::lanes(a);
         uint32_t i = 0;

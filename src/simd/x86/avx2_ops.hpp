@@ -4,6 +4,7 @@
 
 #include <immintrin.h>
 
+#include <cstddef>
 #include <cstdint>
 
 #include "core/adjust.hpp"
@@ -107,6 +108,13 @@ inline void store_rgb_2x16(uint8_t* d, const RgbVectors& c, const x86::Rgb16Lane
             }
         }
     }
+}
+
+// Whether two rows of `bytes` written at a and b share any byte: then the stores must keep the
+// reference's block-by-block order, which only single-block loops do.
+inline bool rows_overlap(const uint8_t* a, const uint8_t* b, ptrdiff_t bytes) {
+    const intptr_t d = reinterpret_cast<intptr_t>(b) - reinterpret_cast<intptr_t>(a);
+    return (d < 0 ? -d : d) < bytes;
 }
 
 }  // namespace x86w
