@@ -38,30 +38,6 @@ TEST(LoadimageRgb, EqualsThePackedTwinOnTheSameSamples) {
         }
 }
 
-TEST(LoadimageRgb, BlackFrameIsBlackInEveryFormat) {
-    Buffer y(32 * 2, 64, 16), c(16, 64, 128);
-    for (const Twin& t : twins) {
-        set_adjust();
-        ajust_contrast_info s{};
-        Buffer dst(size_t(32) * t.bytes_per_pixel * 2);
-        t.planar(y.data(), c.data(), c.data(), dst.data(), 32, 2, 32, 32 * t.bytes_per_pixel, &s);
-        for (size_t i = 0; i < dst.size(); ++i) ASSERT_EQ(dst[i], 0) << t.name << " byte " << i;
-    }
-}
-
-TEST(LoadimageRgb, RefusedLayoutWritesNothing) {
-    PlanarFrame f(16, 2, 16, 31);
-    for (int32_t layout : {7, 4, -1})
-        for (FrameKernel k : {loadimage_rgb16, loadimage_rgb16_ajust}) {
-            ajust_contrast_info s{};
-            s.rgb16_layout = layout;
-            Buffer dst(64);
-            const Buffer before = dst;
-            k(f.y.data(), f.u.data(), f.v.data(), dst.data(), 16, 2, 16, 32, &s);
-            EXPECT_TRUE(same_bytes(before, dst)) << "layout " << layout;
-        }
-}
-
 TEST(LoadimageRgb, WidthOffTheBlockDriftsRightEveryRowPair) {
     // Width 24 converts 32 pixels per row; row pair 1 starts 8 pixels to the right, reading
     // its samples 8 luma and 4 chroma samples further on.

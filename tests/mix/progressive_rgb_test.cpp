@@ -66,21 +66,5 @@ TEST(MixRgb, EqualsTheYuy2MixerFollowedByConversion) {
     }
 }
 
-TEST(MixRgb, Rgb16RefusesLayoutsAboveThree) {
-    set_adjust();
-    for (const MixKernel kernel : {mix_ayuy2_rgb16_p_ajust, mix_ayuy2_rgb16_i_ajust}) {
-        for (const int layout : {4, -1}) {
-            MixJob job(16, 8, 32, 13);
-            job.surface.rgb16_layout = layout;
-            const Buffer untouched = job.image;
-            const MIX_INFO before = job.record();
-            MIX_INFO info = before;
-            kernel(&info);
-            EXPECT_TRUE(same_bytes(untouched, job.image)) << "layout " << layout;
-            EXPECT_TRUE(same_record(before, info)) << "layout " << layout;
-        }
-    }
-}
-
 }  // namespace
 }  // namespace dispconv::test

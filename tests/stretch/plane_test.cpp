@@ -38,35 +38,21 @@ TEST(PlaneStretch, DoubleSizeStrips) {
     }
 }
 
-// strech_pic_2X2_adjust, with rows read `w` apart and each row's last sample averaged with
-// the byte after it: rows 0 and 1 repeat row 0, the bottom row is rebuilt from row h - 2
-// and written again 2w bytes further on.
-Buffer expected_2x2_adjust(const Plane& src, int dst_stride, int gain, int offset, size_t size) {
+// The adjusting plane stretchers: row 0 repeated, then copies and averages; the bottom row
+// repeats row h - 2 and is written again one source row (doubled: 2w bytes) further on. The
+// 2X2 kind reads rows `w` apart and averages each row's last sample with the byte after it.
+Buffer expected_adjust(const Plane& src, bool two_by_two, int dst_stride, int gain, int offset, size_t size) {
     const int w = src.w, h = src.h;
-    auto hrow = [&](int r) { return doubled(src.row(r), src.data()[size_t(r + 1) * w]); };
+    auto row = [&](int r) { return two_by_two ? doubled(src.row(r), src.data()[size_t(r + 1) * w]) : src.row(r); };
     Buffer want(size);
-    put_row(want, 0, adj_row(hrow(0), gain, offset));
+    auto put_adj = [&](ptrdiff_t at, const Row& r) { put_row(want, at, adj_row(r, gain, offset)); };
+    put_adj(0, row(0));
     for (int k = 0; k + 1 < h; ++k) {
-        put_row(want, ptrdiff_t(2 * k + 1) * dst_stride, adj_row(hrow(k), gain, offset));
-        put_row(want, ptrdiff_t(2 * k + 2) * dst_stride, adj_row(avg_rows(hrow(k), hrow(k + 1)), gain, offset));
+        put_adj(ptrdiff_t(2 * k + 1) * dst_stride, row(k));
+        put_adj(ptrdiff_t(2 * k + 2) * dst_stride, avg_rows(row(k), row(k + 1)));
     }
-    put_row(want, ptrdiff_t(2 * h - 2) * dst_stride, adj_row(hrow(h - 2), gain, offset));
-    put_row(want, ptrdiff_t(2 * h - 2) * dst_stride + 2 * w, adj_row(hrow(h - 2), gain, offset));
-    return want;
-}
-
-// strech_pic_1X2_adjust: row 0 repeated, then copies and averages; the bottom row repeats
-// row h - 2 and is written again `w` bytes further on.
-Buffer expected_1x2_adjust(const Plane& src, int dst_stride, int gain, int offset, size_t size) {
-    const int h = src.h;
-    Buffer want(size);
-    put_row(want, 0, adj_row(src.row(0), gain, offset));
-    for (int k = 0; k + 1 < h; ++k) {
-        put_row(want, ptrdiff_t(2 * k + 1) * dst_stride, adj_row(src.row(k), gain, offset));
-        put_row(want, ptrdiff_t(2 * k + 2) * dst_stride, adj_row(avg_rows(src.row(k), src.row(k + 1)), gain, offset));
-    }
-    put_row(want, ptrdiff_t(2 * h - 2) * dst_stride, adj_row(src.row(h - 2), gain, offset));
-    put_row(want, ptrdiff_t(2 * h - 2) * dst_stride + src.w, adj_row(src.row(h - 2), gain, offset));
+    put_adj(ptrdiff_t(2 * h - 2) * dst_stride, row(h - 2));
+    put_adj(ptrdiff_t(2 * h - 2) * dst_stride + (two_by_two ? 2 : 1) * w, row(h - 2));
     return want;
 }
 
@@ -86,26 +72,12 @@ TEST(PlaneStretch, AdjustingKernelsMatchModel) {
         Plane src(c.w, c.h, c.src_pitch, 71u + c.w + c.h);
         const size_t size = size_t(c.dst_stride) * 2 * c.h + 4 * c.w;
         Buffer got(size);
-        Buffer want = c.two_by_two
-                          ? expected_2x2_adjust(src, c.dst_stride, gain, offsets[c.plane], size)
-                          : expected_1x2_adjust(src, c.dst_stride, gain, offsets[c.plane], size);
+        const Buffer want = expected_adjust(src, c.two_by_two, c.dst_stride, gain, offsets[c.plane], size);
         auto kernel = c.two_by_two ? strech_pic_2X2_adjust : strech_pic_1X2_adjust;
         kernel(src.data(), got.data(), c.w, c.h, c.src_pitch, c.dst_stride, nullptr, c.plane);
         EXPECT_TRUE(same_bytes(want, got)) << (c.two_by_two ? "2X2 " : "1X2 ") << c.w << "x" << c.h
                                            << " plane " << c.plane;
     }
-}
-
-// Rows A, B, C with neutral settings give A, A, avg(A, B), B, B, B.
-TEST(PlaneStretch, OneByTwoShowsNoLastRow) {
-    set_adjust();
-    const int w = 16;
-    Plane src(w, 3, w, 81);
-    Buffer dst(size_t(w) * 6);
-    strech_pic_1X2_adjust(src.data(), dst.data(), w, 3, w, w, nullptr, 1);
-    const Row a = src.row(0), b = src.row(1);
-    const Row want[] = {a, a, avg_rows(a, b), b, b, b};
-    for (int r = 0; r < 6; ++r) EXPECT_EQ(Row(dst.data() + r * w, dst.data() + (r + 1) * w), want[r]) << "row " << r;
 }
 
 // The YV12 wrappers equal three plane calls: Y, then the plane from src_v with the U

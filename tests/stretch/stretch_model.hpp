@@ -64,6 +64,16 @@ struct Frame {
           v(w_ / 2, h_ / 2, (w_ + 16) / 2, seed + 2) {}
 };
 
+// The frame with every plane adjusted as the settings say (chroma planes: U and V offsets).
+inline Frame adjusted(Frame f, const ajust_contrast_info& a) {
+    for (int r = 0; r < f.h; ++r) f.y.set_row(r, adj_row(f.y.row(r), a.luma_gain, a.luma_offset));
+    for (int r = 0; r < f.h / 2; ++r) {
+        f.u.set_row(r, adj_row(f.u.row(r), a.chroma_gain, a.u_offset));
+        f.v.set_row(r, adj_row(f.v.row(r), a.chroma_gain, a.v_offset));
+    }
+    return f;
+}
+
 // Interleaves luma, U and V runs as Y0 U Y1 V.
 inline Row yuy2(const Row& y, const Row& u, const Row& v) {
     Row d(2 * y.size());

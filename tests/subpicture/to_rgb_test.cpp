@@ -122,18 +122,6 @@ TEST(SubpictureToRgb, EqualsFrameLoaderWhereOpaque) {
     }
 }
 
-TEST(SubpictureToRgb, LayoutOutOfRangeWritesNothing) {
-    for (const int layout : {4, -1}) {
-        for (const Kernel k : {load_subpicture_yuy2_rgb16, load_subpicture_yuy2_rgb16_ajust}) {
-            Job job(16, 1, 32, 32);
-            job.surface.rgb16_layout = layout;
-            const Buffer before = job.image;
-            k(&job.info);
-            EXPECT_TRUE(same_bytes(before, job.image)) << "layout " << layout;
-        }
-    }
-}
-
 // frame_stride 20: 32 pixels per row, each plane row right after the previous one's 32 bytes,
 // the bitmap's next row 12 pixels on; height 0 converts one row; the record is unchanged.
 TEST(SubpictureToRgb, RowGeometryAndRecord) {

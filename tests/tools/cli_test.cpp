@@ -75,16 +75,13 @@ TEST(Program, ReadsStandardInputAndKeepsTheFrameLimit) {
     EXPECT_EQ(files_in(scratch / "pics"), (std::vector<std::string>{"frame_0001.png", "frame_0002.png"}));
 }
 
+// The readers' and the parser's own refusals are checked in their suites; here one of each kind
+// of failure shows the program's handling: one line, the exit status, nothing left behind.
 TEST(Program, BadInputGivesOneLineAndLeavesNothingBehind) {
     ScratchDir scratch;
     const std::string frame = y4m_frame(test_picture(64, 32, Chroma::c420, 0));
     write_file(scratch / "text.y4m", "hello, world\n");
-    write_file(scratch / "c444.y4m", y4m_header(64, 32, "444") + frame);
-    write_file(scratch / "p10.y4m", y4m_header(64, 32, "420p10") + frame);
-    write_file(scratch / "empty_size.y4m", y4m_header(0, 32, "420") + frame);
-    write_file(scratch / "huge.y4m", y4m_header(40000, 40000, "420") + frame);
     write_file(scratch / "truncated.y4m", y4m_header(64, 32, "420") + frame + frame + frame.substr(0, 100));
-    write_file(scratch / "no_frames.y4m", y4m_header(64, 32, "420"));
     write_file(scratch / "good.y4m", y4m_header(64, 32, "420") + frame);
     write_file(scratch / "good422.y4m", y4m_header(64, 32, "422") + y4m_frame(test_picture(64, 32, Chroma::c422, 0)));
     write_file(scratch / "fake.png", "GIF89a this is no PNG");
@@ -101,18 +98,11 @@ TEST(Program, BadInputGivesOneLineAndLeavesNothingBehind) {
     const Case cases[] = {
         {"'" + d + "missing.y4m'", 1, "cannot read"},
         {"'" + d + "text.y4m'", 1, "not a YUV4MPEG2 file"},
-        {"'" + d + "c444.y4m'", 1, "unsupported chroma layout '444'"},
-        {"'" + d + "p10.y4m'", 1, "unsupported bit depth"},
-        {"'" + d + "empty_size.y4m'", 1, "is empty"},
-        {"'" + d + "huge.y4m'", 1, "too large"},
         {"'" + d + "truncated.y4m'", 1, "frame 3 is truncated"},
-        {"'" + d + "no_frames.y4m'", 1, "holds no frames"},
         {"--subpicture '" + d + "fake.png' '" + d + "good.y4m'", 1, "is not a PNG file"},
         {"--subpicture '" + d + "cut.png' '" + d + "good.y4m'", 1, "damaged PNG"},
         {"--subpicture '" + d + "none.png' '" + d + "good.y4m'", 1, "cannot read"},
         {"--frobnicate", 2, "unknown option '--frobnicate'"},
-        {"-f rgb48", 2, "unknown surface format"},
-        {"--size 0x0", 2, "out of range"},
         {"-f rgb32 -o '" + d + "out/x.y4m'", 1, "needs a yuy2 or yv12 surface"},
         {"-f yv12 '" + d + "good422.y4m'", 1, "needs a 4:2:0 input"},
         {"--interlaced --no-subpicture", 1, "--interlaced needs a sub-picture"},
