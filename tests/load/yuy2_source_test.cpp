@@ -85,19 +85,32 @@ TEST(LoadYuy2ToRgb, SecondRowShowsTheFirstRowsColour) {
     }
 }
 
-TEST(LoadYuy2ToRgb, SixteenBitLayoutsOfWhite) {
-    // White packs to all ones but for layout 1's spare bit 0.
-    uint8_t src[64];
-    for (int i = 0; i < 64; i += 2) src[i] = 255, src[i + 1] = 128;
+TEST(LoadYuy2ToRgb, SixteenBitLayoutsOfPrimariesAndWhite) {
+    // Each channel alone pins its mask and place in every layout; white shows layout 1's
+    // spare bit 0.
+    struct Colour {
+        uint8_t y, u, v;
+        uint16_t packed[4];
+    };
+    const Colour colours[] = {
+        {81, 90, 240, {0xF800, 0xF800, 0xFC00, 0xFC00}},   // red 253
+        {145, 54, 34, {0x07E0, 0x07C0, 0x03F0, 0x03E0}},   // green 255
+        {41, 240, 110, {0x001F, 0x003E, 0x000F, 0x001F}},  // blue 255, green 1 masked away
+        {255, 128, 128, {0xFFFF, 0xFFFE, 0xFFFF, 0xFFFF}},
+    };
     set_adjust();
-    for (const int32_t layout : {0, 1, 2, 3})
-        for (FrameKernel kernel : {LoadYUY2_RGB16, LoadYUY2_RGB16_adjust}) {
-            ajust_contrast_info s{};
-            s.rgb16_layout = layout;
-            uint8_t dst[64];
-            kernel(src, nullptr, nullptr, dst, 16, 2, 0, 32, &s);
-            for (int i = 0; i < 32; ++i) EXPECT_EQ(dst[2 * i] | dst[2 * i + 1] << 8, layout == 1 ? 0xFFFE : 0xFFFF) << layout;
-        }
+    for (const Colour& c : colours)
+        for (const int32_t layout : {0, 1, 2, 3})
+            for (FrameKernel kernel : {LoadYUY2_RGB16, LoadYUY2_RGB16_adjust}) {
+                uint8_t src[64];
+                for (int i = 0; i < 64; i += 4) src[i] = src[i + 2] = c.y, src[i + 1] = c.u, src[i + 3] = c.v;
+                ajust_contrast_info s{};
+                s.rgb16_layout = layout;
+                uint8_t dst[64];
+                kernel(src, nullptr, nullptr, dst, 16, 2, 0, 32, &s);
+                for (int i = 0; i < 32; ++i)
+                    EXPECT_EQ(dst[2 * i] | dst[2 * i + 1] << 8, c.packed[layout]) << "layout " << layout << " Y" << int(c.y);
+            }
 }
 
 TEST(LoadYuy2ToRgb, WidthOffTheBlockWritesTheRoundedUpRows) {
