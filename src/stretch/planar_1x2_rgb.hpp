@@ -1,6 +1,8 @@
 // Planar YV12 frame to an RGB surface of twice the height, adjusted before the rounded
 // two-row interpolation and converted in the same pass. The picture is walked in vertical
-// strips 16 pixels wide so that each source sample is adjusted once per strip.
+// strips 16 pixels wide so that each source sample is adjusted once per strip; where the
+// destination rows do not overlap, neighbouring strips go down together as one band, which
+// writes the same bytes and keeps a full-HD surface from thrashing the cache.
 #pragma once
 
 #include <utility>
@@ -11,15 +13,18 @@
 namespace dispconv::kernels {
 namespace {
 
-constexpr int rgb_strip = 16;  // pixels
+constexpr int rgb_strip = 16;             // pixels
+constexpr int rgb_band = 32 * rgb_strip;  // pixels of neighbouring strips walked together
 
-// One strip, top to bottom, on the double-height schedule with the last row repeated.
+// A band of strips (n pixels, a multiple of 16), top to bottom, on the double-height schedule
+// with the last row repeated.
 template <class V, class Format>
 void rgb_strip_rows(const uint8_t* src_y, const uint8_t* src_u, const uint8_t* src_v,
-                    uint8_t* dst, int32_t pairs, ptrdiff_t y_pitch, ptrdiff_t c_pitch,
+                    uint8_t* dst, int n, int32_t pairs, ptrdiff_t y_pitch, ptrdiff_t c_pitch,
                     ptrdiff_t dst_pitch, const AdjustConstants& a, const Rgb16Layout& layout) {
-    constexpr int n = rgb_strip, c = rgb_strip / 2;
-    uint8_t y_buf[3][n], u_buf[2][c], v_buf[2][c], y_mid[n], u_mid[c], v_mid[c];
+    const int c = n / 2;
+    uint8_t y_buf[3][rgb_band], u_buf[2][rgb_band / 2], v_buf[2][rgb_band / 2];
+    uint8_t y_mid[rgb_band], u_mid[rgb_band / 2], v_mid[rgb_band / 2];
     uint8_t *y_top = y_buf[0], *y_bottom = y_buf[1], *y_next = y_buf[2];
     uint8_t *u_top = u_buf[0], *u_next = u_buf[1], *v_top = v_buf[0], *v_next = v_buf[1];
     auto load = [&](const uint8_t* src, uint8_t* out, int count, Channel ch) {
@@ -75,10 +80,24 @@ void stretch_1x2_rgb(void* src_y, void* src_u, void* src_v, void* dst, int32_t w
     auto* v = static_cast<const uint8_t*>(src_v);
     auto* d = static_cast<uint8_t*>(dst);
     const ptrdiff_t c_pitch = chroma_pitch(src_stride);
+    // The strip count, when the loop ends by itself (an exact end needs a positive multiple
+    // of 16; other widths never end, and run strip by strip as they always have).
+    const bool known_end = !exact_end || (width > 0 && width % rgb_strip == 0);
+    uint32_t strips = exact_end ? uint32_t(width) / rgb_strip : loop_count(width, rgb_strip);
+    const ptrdiff_t row_bytes = ptrdiff_t(strips) * rgb_strip * bpp;
+    if (known_end && (dst_stride >= row_bytes || -ptrdiff_t(dst_stride) >= row_bytes)) {
+        while (strips) {
+            const uint32_t band = strips < uint32_t(rgb_band / rgb_strip) ? strips : rgb_band / rgb_strip;
+            rgb_strip_rows<V, Format>(y, u, v, d, int(band) * rgb_strip, pairs, src_stride, c_pitch, dst_stride, a, layout);
+            y += band * rgb_strip, u += band * rgb_strip / 2, v += band * rgb_strip / 2, d += band * rgb_strip * bpp;
+            strips -= band;
+        }
+        return;
+    }
     uint32_t counter = static_cast<uint32_t>(width);
-    uint32_t strips = exact_end ? 0 : loop_count(width, rgb_strip);
+    strips = exact_end ? 0 : loop_count(width, rgb_strip);
     do {
-        rgb_strip_rows<V, Format>(y, u, v, d, pairs, src_stride, c_pitch, dst_stride, a, layout);
+        rgb_strip_rows<V, Format>(y, u, v, d, rgb_strip, pairs, src_stride, c_pitch, dst_stride, a, layout);
         y += rgb_strip, u += rgb_strip / 2, v += rgb_strip / 2, d += rgb_strip * bpp;
         counter -= rgb_strip;
     } while (exact_end ? counter != 0 : --strips != 0);

@@ -179,3 +179,41 @@ TEST(DoubleHeightRgb, Rgb32RoundsWidthUpToStrips) {
 
 }  // namespace
 }  // namespace dispconv::test
+
+namespace dispconv::test {
+namespace {
+
+// The RGB double-height kernels walk 16-pixel strips; a wide call must write exactly what its
+// strips write when each is called on its own, whatever the kernel groups together inside.
+TEST(DoubleHeightRgb, WideCallEqualsItsStripsOneByOne) {
+    using Kernel = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t, ajust_contrast_info*);
+    const struct {
+        Kernel kernel;
+        int bpp;
+    } kernels[] = {{strech_picture_1X2_yuy2_ajust_rgb32, 4}, {strech_picture_1X2_yuy2_ajust_rgb24, 3},
+                   {strech_picture_1X2_yuy2_ajust_rgb16, 2}};
+    set_adjust(80, 50, -6, 20, -20);
+    ajust_contrast_info layout{};
+    layout.rgb16_layout = 2;
+    for (const auto& k : kernels)
+        for (const int width : {48, 720, 1040})
+            for (const int height : {12, 13})
+                for (const int pad : {0, 24, -1}) {
+                    const int stride = width + 32, row_bytes = width * k.bpp;
+                    const int pitch = pad < 0 ? row_bytes : row_bytes + pad;
+                    Buffer y = random_buffer(size_t(stride) * (height + 2), 7), u = random_buffer(size_t(stride) * (height + 2), 8),
+                           v = random_buffer(size_t(stride) * (height + 2), 9);
+                    Buffer whole(size_t(pitch) * (2 * height + 2)), strips = whole;
+                    // pad -1: bottom-up surface, last row first with a negative pitch.
+                    const ptrdiff_t start = pad < 0 ? ptrdiff_t(pitch) * (2 * height + 1) : 0;
+                    const int dst_stride = pad < 0 ? -pitch : pitch;
+                    k.kernel(y.data(), u.data(), v.data(), whole.data() + start, width, height, stride, dst_stride, &layout);
+                    for (int s = 0; s < width / 16; ++s)
+                        k.kernel(y.data() + 16 * s, u.data() + 8 * s, v.data() + 8 * s, strips.data() + start + 16 * s * k.bpp, 16,
+                                 height, stride, dst_stride, &layout);
+                    EXPECT_TRUE(same_bytes(strips, whole)) << k.bpp << " bytes per pixel, " << width << "x" << height << " pad " << pad;
+                }
+}
+
+}  // namespace
+}  // namespace dispconv::test
