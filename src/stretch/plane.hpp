@@ -11,13 +11,15 @@ namespace {
 
 constexpr int plane_strip = 8;  // source columns per strip or block
 
-// One strip of `plane_strip` source columns, top to bottom. An ordinary strip doubles with the
-// next strip's first sample as the right neighbour; the last strip repeats its own last sample.
+constexpr int plane_band = 64 * plane_strip;  // source columns of neighbouring strips walked together
+
+// A band of strips (n source columns, a multiple of `plane_strip`), top to bottom. Ordinary
+// strips double with the next strip's first sample as the right neighbour; the last strip
+// repeats its own last sample.
 template <class V>
-void plane_strip_rows(const uint8_t* src, uint8_t* dst, int32_t height, ptrdiff_t src_pitch,
+void plane_strip_rows(const uint8_t* src, uint8_t* dst, int n, int32_t height, ptrdiff_t src_pitch,
                       ptrdiff_t dst_pitch, bool last_strip) {
-    constexpr int n = plane_strip;
-    uint8_t buf[2][2 * n];
+    uint8_t buf[2][2 * plane_band];
     uint8_t *above = buf[0], *row = buf[1];
     auto doubled = [&](const uint8_t* s, uint8_t* out) {
         V::double_run(s, last_strip ? s[n - 1] : s[n], out, n);
@@ -35,16 +37,24 @@ void plane_strip_rows(const uint8_t* src, uint8_t* dst, int32_t height, ptrdiff_
     V::copy(above, dst + (2 * ptrdiff_t(height) - (last_strip ? 1 : 0)) * dst_pitch, 2 * n);
 }
 
+// Strips are independent columns, so where destination rows do not overlap, the ordinary
+// strips go down together in bands: the same bytes, without thrashing the cache.
 template <class V>
 void strech_pic_2X2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height, int32_t src_stride,
                     int32_t dst_stride) {
     const uint32_t ordinary = loop_count(width - plane_strip, plane_strip);
-    for (uint32_t i = 0; i < ordinary; ++i)
+    const ptrdiff_t row_bytes = 2 * plane_strip * (ptrdiff_t(ordinary) + 1);
+    const bool banded = width >= 2 * plane_strip && (dst_stride >= row_bytes || -ptrdiff_t(dst_stride) >= row_bytes);
+    const uint32_t band = banded ? plane_band / plane_strip : 1;
+    for (uint32_t i = 0; i < ordinary;) {
+        const uint32_t strips = ordinary - i < band ? ordinary - i : band;
         plane_strip_rows<V>(src + ptrdiff_t(i) * plane_strip, dst + ptrdiff_t(i) * 2 * plane_strip,
-                            height, src_stride, dst_stride, false);
+                            int(strips) * plane_strip, height, src_stride, dst_stride, false);
+        i += strips;
+    }
     plane_strip_rows<V>(src + ptrdiff_t(ordinary) * plane_strip,
-                        dst + ptrdiff_t(ordinary) * 2 * plane_strip, height, src_stride, dst_stride,
-                        true);
+                        dst + ptrdiff_t(ordinary) * 2 * plane_strip, plane_strip, height, src_stride,
+                        dst_stride, true);
 }
 
 // Deliberate: every plane takes the luma gain; `plane` picks only the offset (1 luma, 2 U,

@@ -25,7 +25,7 @@ Buffer expected_2x2(const Plane& src, int dst_stride) {
 TEST(PlaneStretch, DoubleSizeStrips) {
     struct Case {
         int w, h, src_pitch, dst_stride;
-    } cases[] = {{16, 2, 16, 32}, {24, 5, 32, 56}, {40, 3, 40, 80}};
+    } cases[] = {{16, 2, 16, 32}, {24, 5, 32, 56}, {40, 3, 40, 80}, {528, 4, 544, 1060}, {1040, 3, 1040, 2080}};
     for (const Case& c : cases) {
         Plane src(c.w, c.h, c.src_pitch, 61u + c.w);
         src.data()[c.w - 2] = 10, src.data()[c.w - 1] = 20;
