@@ -66,6 +66,8 @@ TEST(DoubleSizeYuy2, MatchesDoubledRows) {
         {96, 18, settings(), false},
         {64, 16, settings(), true},
         {128, 20, settings(70, 90, 12, -30, 40), true},
+        {1088, 16, settings(), false},                      // strips walked in bands
+        {2112, 18, settings(70, 90, 12, -30, 40), true},
     };
     for (const Case& c : cases) {
         const int dst_stride = 2 * c.bytes + 16;
