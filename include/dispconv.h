@@ -469,6 +469,160 @@ DISPCONV_API void mix_ayv12_yv12_p(MIX_INFO *info);
 DISPCONV_API void mix_ayv12_yv12_p_ajust(MIX_INFO *info);
 DISPCONV_API void mix_ayv12_yv12_i(MIX_INFO *info);
 
+/* ------------------------------------------------------------------------------------------ */
+/* Footprints                                                                                  */
+/* ------------------------------------------------------------------------------------------ */
+
+/* dispconv_get_footprint() tells, for one prospective call, which bytes the kernel will read and
+ * write through each of its pointers, so that a caller can size and pad its buffers (the C++
+ * interface in dispconv.hpp uses it to refuse calls that would leave their buffers). It accepts
+ * only calls inside the kernel's contract: widths that are whole blocks, heights at or above the
+ * kernel's minimum and of the parity it needs, strides whose rows do not overlap, a 16-bit
+ * layout in 0..3 where one is read. Anything else is refused with the reason. */
+
+typedef enum dispconv_kernel {
+    /* load */
+    DISPCONV_KERNEL_LoadYUY2_YUY2,
+    DISPCONV_KERNEL_LoadYUY2_YUY2_adjust,
+    DISPCONV_KERNEL_LoadYUY2_RGB32,
+    DISPCONV_KERNEL_LoadYUY2_RGB32_adjust,
+    DISPCONV_KERNEL_LoadYUY2_RGB24,
+    DISPCONV_KERNEL_LoadYUY2_RGB24_adjust,
+    DISPCONV_KERNEL_LoadYUY2_RGB16,
+    DISPCONV_KERNEL_LoadYUY2_RGB16_adjust,
+    DISPCONV_KERNEL_loadimage_yuy2,
+    DISPCONV_KERNEL_loadimage_yuy2_ajust,
+    DISPCONV_KERNEL_loadimage_yuy2_mono_ajust,
+    DISPCONV_KERNEL_loadimage_half_yuy2_ajust,
+    DISPCONV_KERNEL_loadimage_yv12,
+    DISPCONV_KERNEL_loadimage_yv12_ajust,
+    DISPCONV_KERNEL_loadimage_half_yv12_ajust,
+    DISPCONV_KERNEL_loadimage_rgb32,
+    DISPCONV_KERNEL_loadimage_rgb32_ajust,
+    DISPCONV_KERNEL_loadimage_rgb24,
+    DISPCONV_KERNEL_loadimage_rgb24_ajust,
+    DISPCONV_KERNEL_loadimage_rgb16,
+    DISPCONV_KERNEL_loadimage_rgb16_ajust,
+    /* stretch */
+    DISPCONV_KERNEL_strech_picture_1X2_yuy2,
+    DISPCONV_KERNEL_strech_picture_1X2_yuy2_ajust,
+    DISPCONV_KERNEL_strech_picture_1X2_yuy2_ajust_rgb32,
+    DISPCONV_KERNEL_strech_picture_1X2_yuy2_ajust_rgb24,
+    DISPCONV_KERNEL_strech_picture_1X2_yuy2_ajust_rgb16,
+    DISPCONV_KERNEL_strech_picture_2X2_yuy2,
+    DISPCONV_KERNEL_strech_picture_2X2_yuy2_ajust,
+    DISPCONV_KERNEL_yuy2_strech_picture_2X2_yuy2,
+    DISPCONV_KERNEL_yuy2_strech_picture_2X2_yuy2_ajust,
+    DISPCONV_KERNEL_strech_pic_2X2,
+    DISPCONV_KERNEL_strech_pic_2X2_adjust,
+    DISPCONV_KERNEL_strech_pic_1X2_adjust,
+    DISPCONV_KERNEL_strech_picture_2X2_yv12_ajust,
+    DISPCONV_KERNEL_strech_picture_1X2_yv12_ajust,
+    DISPCONV_KERNEL_strech_opt_yuy2_ajust,
+    /* subpicture */
+    DISPCONV_KERNEL_Convert_RGB32_To_AYUY2,
+    DISPCONV_KERNEL_Convert_RGB24_To_AYUY2,
+    DISPCONV_KERNEL_Convert_RGB16_565_To_AYUY2,
+    DISPCONV_KERNEL_Restore_RGB32_To_Alpha,
+    DISPCONV_KERNEL_Restore_RGB24_To_Alpha,
+    DISPCONV_KERNEL_Restore_RGB16_565_To_Alpha,
+    DISPCONV_KERNEL_load_subpicture_alpha_rgb32,
+    DISPCONV_KERNEL_load_subpicture_alpha_rgb24,
+    DISPCONV_KERNEL_load_subpicture_alpha_rgb16_565,
+    DISPCONV_KERNEL_load_subpicture_yuy2_rgb32,
+    DISPCONV_KERNEL_load_subpicture_yuy2_rgb32_ajust,
+    DISPCONV_KERNEL_load_subpicture_yuy2_rgb24,
+    DISPCONV_KERNEL_load_subpicture_yuy2_rgb24_ajust,
+    DISPCONV_KERNEL_load_subpicture_yuy2_rgb16,
+    DISPCONV_KERNEL_load_subpicture_yuy2_rgb16_ajust,
+    DISPCONV_KERNEL_LoadColorKeyRgb32,
+    DISPCONV_KERNEL_LoadColorKeyRgb24,
+    DISPCONV_KERNEL_LoadColorKeyRgb16,
+    DISPCONV_KERNEL_RelaceMaskWithColorKey,
+    /* mix */
+    DISPCONV_KERNEL_mix_ayuy2_yuy2_p_ajust,
+    DISPCONV_KERNEL_mix_ayuy2_half_yuy2_p_ajust,
+    DISPCONV_KERNEL_mix_ayuy2_rgb32_p_ajust,
+    DISPCONV_KERNEL_mix_ayuy2_rgb24_p_ajust,
+    DISPCONV_KERNEL_mix_ayuy2_rgb16_p_ajust,
+    DISPCONV_KERNEL_mix_ayuy2_yuy2_i_ajust,
+    DISPCONV_KERNEL_mix_ayuy2_rgb32_i_ajust,
+    DISPCONV_KERNEL_mix_ayuy2_rgb24_i_ajust,
+    DISPCONV_KERNEL_mix_ayuy2_rgb16_i_ajust,
+    DISPCONV_KERNEL_mix_ayv12_yv12_p,
+    DISPCONV_KERNEL_mix_ayv12_yv12_p_ajust,
+    DISPCONV_KERNEL_mix_ayv12_yv12_i,
+    DISPCONV_KERNEL_COUNT
+} dispconv_kernel;
+
+/* The pointers a kernel can be given, by argument or record field. */
+typedef enum dispconv_buffer {
+    DISPCONV_BUFFER_SRC_Y,       /* src_y; `src` of the plane and YUY2 stretchers; frame->plane_y */
+    DISPCONV_BUFFER_SRC_U,       /* src_u; frame->plane_u */
+    DISPCONV_BUFFER_SRC_V,       /* src_v; frame->plane_v */
+    DISPCONV_BUFFER_DST,         /* dst; `surface` of the colour-key fills */
+    DISPCONV_BUFFER_MASK,        /* mask of RelaceMaskWithColorKey */
+    DISPCONV_BUFFER_FRAME_Y,     /* MIX_INFO fields */
+    DISPCONV_BUFFER_FRAME_V,
+    DISPCONV_BUFFER_FRAME_U,
+    DISPCONV_BUFFER_SUB_OPACITY,
+    DISPCONV_BUFFER_SUB_Y,
+    DISPCONV_BUFFER_SUB_V,
+    DISPCONV_BUFFER_SUB_U,
+    DISPCONV_BUFFER_IMAGE,
+    DISPCONV_BUFFER_IMAGE_U,
+    DISPCONV_BUFFER_IMAGE_V,
+    DISPCONV_BUFFER_COUNT
+} dispconv_buffer;
+
+/* A prospective call: the kernel and the arguments its footprint depends on. Fields a kernel
+ * does not take are ignored.
+ *  - frame-signature kernels: width, height, src_stride, dst_stride, adjust;
+ *  - yuy2_strech_picture_2X2_yuy2(_ajust): width, height, dst_stride;
+ *  - strech_pic_2X2 / _adjust, strech_pic_1X2_adjust: width, height, src_stride, dst_stride, plane;
+ *  - strech_opt_yuy2_ajust: frame (frame_structure, frame_width), start_line, height, dst_stride;
+ *  - colour-key fills: width, height and their `stride` as dst_stride;
+ *  - RelaceMaskWithColorKey: width, height and its `stride` as dst_stride;
+ *  - record kernels: info (its size, stride and surface_format fields; pointers are not read). */
+typedef struct dispconv_call {
+    dispconv_kernel kernel;
+    int32_t width;
+    int32_t height;
+    int32_t src_stride;
+    int32_t dst_stride;
+    int32_t plane;
+    int32_t start_line;
+    const ajust_contrast_info *adjust;
+    const MIX_INFO *info;
+    const tagVideoFrame *frame;
+} dispconv_call;
+
+/* Bytes [begin, end) relative to the pointer passed; empty when begin == end. */
+typedef struct dispconv_range {
+    int64_t begin;
+    int64_t end;
+} dispconv_range;
+
+typedef struct dispconv_footprint {
+    dispconv_range read[DISPCONV_BUFFER_COUNT];
+    dispconv_range write[DISPCONV_BUFFER_COUNT];
+    const char *problem; /* for a refused call: what the contract requires; otherwise NULL */
+} dispconv_footprint;
+
+typedef enum dispconv_status {
+    DISPCONV_OK = 0,
+    DISPCONV_BAD_WIDTH,     /* width not positive or off the kernel's block */
+    DISPCONV_BAD_HEIGHT,    /* height below the kernel's minimum or of the wrong parity */
+    DISPCONV_BAD_STRIDE,    /* rows that overlap, or a stride the kernel cannot use */
+    DISPCONV_BAD_LAYOUT,    /* a 16-bit layout outside 0..3 */
+    DISPCONV_BAD_ARGUMENT   /* any other argument: a missing record, an unknown kernel or plane */
+} dispconv_status;
+
+/* Fills *footprint for *call and returns DISPCONV_OK, or returns why the call is outside the
+ * kernel's contract (footprint->problem says it in words; the ranges are then empty). */
+DISPCONV_API dispconv_status dispconv_get_footprint(const dispconv_call *call,
+                                                    dispconv_footprint *footprint);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,244 @@
+#include "checked/checked_support.hpp"
+
+#include <setjmp.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <sstream>
+
+namespace dispconv::test {
+
+namespace {
+
+const char* const kernel_names[] = {
+#define DISPCONV_KERNEL(name, params, args) #name,
+#include "load/kernels.def"
+#include "stretch/kernels.def"
+#include "subpicture/kernels.def"
+#include "mix/kernels.def"
+#undef DISPCONV_KERNEL
+};
+
+bool is_record_kernel(dispconv_kernel k) {
+    return (k >= DISPCONV_KERNEL_Convert_RGB32_To_AYUY2 && k < DISPCONV_KERNEL_LoadColorKeyRgb32) ||
+           k >= DISPCONV_KERNEL_mix_ayuy2_yuy2_p_ajust;
+}
+
+// Records carrying the call's scalars and, once known, its pointers.
+struct Records {
+    MIX_INFO info;
+    tagVideoFrame frame{};
+    ajust_contrast_info settings;
+
+    explicit Records(const CheckedCall& c) : info(c.info), settings(c.settings) {
+        info.surface_format = &settings;
+        frame.frame_structure = c.frame_structure;
+        frame.frame_width = c.frame_width;
+    }
+    dispconv_call call(const CheckedCall& c) {
+        dispconv_call d{};
+        d.kernel = c.kernel, d.width = c.width, d.height = c.height;
+        d.src_stride = c.src_stride, d.dst_stride = c.dst_stride;
+        d.plane = c.plane, d.start_line = c.start_line;
+        d.adjust = &settings, d.info = &info, d.frame = &frame;
+        return d;
+    }
+};
+
+// The checked functions, one adapter per shape of their parameters.
+using R = Region*;
+Result adapt(Result (*f)(const Frame&, const Surface&, const ajust_contrast_info*), const CheckedCall& c, R r,
+             MixInfo*) {
+    return f({r[DISPCONV_BUFFER_SRC_Y], r[DISPCONV_BUFFER_SRC_U], r[DISPCONV_BUFFER_SRC_V], c.width, c.height,
+              c.src_stride},
+             {r[DISPCONV_BUFFER_DST], c.dst_stride}, &c.settings);
+}
+Result adapt(Result (*f)(Region, int32_t, int32_t, const Surface&), const CheckedCall& c, R r, MixInfo*) {
+    return f(r[DISPCONV_BUFFER_SRC_Y], c.width, c.height, {r[DISPCONV_BUFFER_DST], c.dst_stride});
+}
+Result adapt(Result (*f)(const Plane&, const Surface&), const CheckedCall& c, R r, MixInfo*) {
+    return f({r[DISPCONV_BUFFER_SRC_Y], c.width, c.height, c.src_stride}, {r[DISPCONV_BUFFER_DST], c.dst_stride});
+}
+Result adapt(Result (*f)(const Plane&, const Surface&, int32_t), const CheckedCall& c, R r, MixInfo*) {
+    return f({r[DISPCONV_BUFFER_SRC_Y], c.width, c.height, c.src_stride}, {r[DISPCONV_BUFFER_DST], c.dst_stride},
+             c.plane);
+}
+Result adapt(Result (*f)(const VideoFrame&, int32_t, int32_t, const Surface&), const CheckedCall& c, R r,
+             MixInfo*) {
+    return f({r[DISPCONV_BUFFER_SRC_Y], r[DISPCONV_BUFFER_SRC_U], r[DISPCONV_BUFFER_SRC_V], c.frame_structure,
+              c.frame_width},
+             c.start_line, c.height, {r[DISPCONV_BUFFER_DST], c.dst_stride});
+}
+Result adapt(Result (*f)(uint32_t, const Surface&, int32_t, int32_t), const CheckedCall& c, R r, MixInfo*) {
+    return f(c.color_key, {r[DISPCONV_BUFFER_DST], c.dst_stride}, c.width, c.height);
+}
+Result adapt(Result (*f)(Region, Region, uint32_t, uint32_t, int32_t, int32_t, int32_t), const CheckedCall& c,
+             R r, MixInfo*) {
+    return f(r[DISPCONV_BUFFER_DST], r[DISPCONV_BUFFER_MASK], c.mask_value, c.key_value, c.width, c.dst_stride,
+             c.height);
+}
+Result adapt(Result (*f)(MixInfo&), const CheckedCall& c, R r, MixInfo* after) {
+    MixInfo m;
+    m.frame_stride = c.info.frame_stride, m.sub_stride = c.info.sub_stride;
+    m.image_stride = c.info.image_stride, m.width = c.info.width, m.height = c.info.height;
+    m.frame_y = r[DISPCONV_BUFFER_FRAME_Y], m.frame_v = r[DISPCONV_BUFFER_FRAME_V];
+    m.frame_u = r[DISPCONV_BUFFER_FRAME_U], m.sub_opacity = r[DISPCONV_BUFFER_SUB_OPACITY];
+    m.sub_y = r[DISPCONV_BUFFER_SUB_Y], m.sub_v = r[DISPCONV_BUFFER_SUB_V], m.sub_u = r[DISPCONV_BUFFER_SUB_U];
+    m.image = r[DISPCONV_BUFFER_IMAGE], m.image_u = r[DISPCONV_BUFFER_IMAGE_U];
+    m.image_v = r[DISPCONV_BUFFER_IMAGE_V];
+    m.color_key = c.info.color_key;
+    m.surface_format = &c.settings;
+    const Result result = f(m);
+    if (after) *after = m;
+    return result;
+}
+
+thread_local sigjmp_buf* fault_target = nullptr;
+
+void on_fault(int) {
+    if (fault_target) siglongjmp(*fault_target, 1);
+    std::abort();
+}
+
+}  // namespace
+
+std::string kernel_name(dispconv_kernel k) {
+    return k >= 0 && k < DISPCONV_KERNEL_COUNT ? kernel_names[k] : "unknown kernel";
+}
+
+std::string describe(const CheckedCall& c) {
+    std::ostringstream s;
+    s << kernel_name(c.kernel);
+    if (is_record_kernel(c.kernel))
+        s << " width " << c.info.width << " height " << c.info.height << " frame_stride " << c.info.frame_stride
+          << " sub_stride " << c.info.sub_stride << " image_stride " << c.info.image_stride;
+    else
+        s << " width " << c.width << " height " << c.height << " src_stride " << c.src_stride << " dst_stride "
+          << c.dst_stride;
+    if (c.kernel == DISPCONV_KERNEL_strech_opt_yuy2_ajust)
+        s << " frame_width " << c.frame_width << " structure " << c.frame_structure << " start " << c.start_line;
+    if (c.plane) s << " plane " << c.plane;
+    s << " layout " << c.settings.rgb16_layout;
+    return s.str();
+}
+
+dispconv_status footprint_of(const CheckedCall& c, dispconv_footprint& fp) {
+    Records rec(c);
+    const dispconv_call call = rec.call(c);
+    return dispconv_get_footprint(&call, &fp);
+}
+
+dispconv_range hull(const dispconv_footprint& fp, int b) {
+    const dispconv_range r = fp.read[b], w = fp.write[b];
+    if (r.begin == r.end) return w;
+    if (w.begin == w.end) return r;
+    return {std::min(r.begin, w.begin), std::max(r.end, w.end)};
+}
+
+Result run_checked(const CheckedCall& c, Region* regions, MixInfo* after) {
+    switch (c.kernel) {
+#define DISPCONV_KERNEL(name, params, args) \
+    case DISPCONV_KERNEL_##name:            \
+        return adapt(&dispconv::name, c, regions, after);
+#include "load/kernels.def"
+#include "stretch/kernels.def"
+#include "subpicture/kernels.def"
+#include "mix/kernels.def"
+#undef DISPCONV_KERNEL
+        default:
+            return {Status::bad_argument};
+    }
+}
+
+void run_raw(const KernelTable& t, const CheckedCall& c, uint8_t* const* p, MIX_INFO* after) {
+    Records rec(c);
+    MIX_INFO* info = &rec.info;
+    uint8_t** fields[] = {&info->frame_y, &info->frame_v, &info->frame_u, &info->sub_opacity, &info->sub_y,
+                          &info->sub_v,   &info->sub_u,   &info->image,   &info->image_u,     &info->image_v};
+    for (int i = 0; i < 10; ++i) *fields[i] = p[DISPCONV_BUFFER_FRAME_Y + i];
+    tagVideoFrame* frame = &rec.frame;
+    frame->plane_y = p[DISPCONV_BUFFER_SRC_Y], frame->plane_u = p[DISPCONV_BUFFER_SRC_U];
+    frame->plane_v = p[DISPCONV_BUFFER_SRC_V];
+    // Every argument name the kernel lists use, so that each list's arguments resolve here.
+    void *src_y = p[DISPCONV_BUFFER_SRC_Y], *src_u = p[DISPCONV_BUFFER_SRC_U], *src_v = p[DISPCONV_BUFFER_SRC_V];
+    uint8_t *src = p[DISPCONV_BUFFER_SRC_Y], *dst = p[DISPCONV_BUFFER_DST], *mask = p[DISPCONV_BUFFER_MASK];
+    void* surface = dst;
+    void *unused_u = nullptr, *unused_v = nullptr;
+    const int32_t width = c.width, height = c.height, src_stride = c.src_stride, dst_stride = c.dst_stride;
+    const int32_t stride = c.dst_stride, plane = c.plane, start_line = c.start_line, reserved = 0;
+    const uint32_t color_key = c.color_key, mask_value = c.mask_value, key_value = c.key_value;
+    ajust_contrast_info* adjust = &rec.settings;
+    switch (c.kernel) {
+#define DISPCONV_KERNEL(name, params, args) \
+    case DISPCONV_KERNEL_##name:            \
+        t.family->name args;                \
+        break;
+#define family load
+#include "load/kernels.def"
+#undef family
+#define family stretch
+#include "stretch/kernels.def"
+#undef family
+#define family subpicture
+#include "subpicture/kernels.def"
+#undef family
+#define family mix
+#include "mix/kernels.def"
+#undef family
+#undef DISPCONV_KERNEL
+        default:
+            break;
+    }
+    if (after) *after = *info;
+}
+
+std::vector<CheckedCall> contract_calls() {
+    std::vector<CheckedCall> all;
+    for (auto* family : {load_contract_calls, stretch_contract_calls, subpicture_contract_calls, mix_contract_calls})
+        for (CheckedCall& c : family()) all.push_back(c);
+    return all;
+}
+
+std::vector<BadCall> bad_calls() {
+    std::vector<BadCall> all;
+    for (auto* family : {load_bad_calls, stretch_bad_calls, subpicture_bad_calls, mix_bad_calls})
+        for (BadCall& c : family()) all.push_back(c);
+    return all;
+}
+
+GuardedBytes::GuardedBytes(size_t bytes, Edge edge) : size_(bytes) {
+    const size_t page = size_t(sysconf(_SC_PAGESIZE));
+    const size_t pages = (bytes + page - 1) / page;
+    map_bytes_ = (pages + 2) * page;
+    void* m = mmap(nullptr, map_bytes_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (m == MAP_FAILED) std::abort();
+    map_ = static_cast<uint8_t*>(m);
+    if (pages && mprotect(map_ + page, pages * page, PROT_READ | PROT_WRITE) != 0) std::abort();
+    data_ = edge == at_start ? map_ + page : map_ + page + pages * page - bytes;
+}
+
+GuardedBytes::~GuardedBytes() { munmap(map_, map_bytes_); }
+
+bool faults(void (*body)(void*), void* context) {
+    struct sigaction action{}, old_segv{}, old_bus{};
+    action.sa_handler = on_fault;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_NODEFER;
+    sigaction(SIGSEGV, &action, &old_segv);
+    sigaction(SIGBUS, &action, &old_bus);
+    sigjmp_buf target;
+    bool faulted = true;
+    if (sigsetjmp(target, 1) == 0) {
+        fault_target = &target;
+        body(context);
+        faulted = false;
+    }
+    fault_target = nullptr;
+    sigaction(SIGSEGV, &old_segv, nullptr);
+    sigaction(SIGBUS, &old_bus, nullptr);
+    return faulted;
+}
+
+}  // namespace dispconv::test

@@ -1,0 +1,80 @@
+// Shared machinery of the footprint tests: one description of a call that can be sent through
+// the checked C++ interface or through any instruction set's raw kernel, and buffers that end
+// (or start) exactly at an inaccessible page.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "core/kernel_table.hpp"
+#include "dispconv.hpp"
+
+namespace dispconv::test {
+
+// A call: the kernel, every argument that decides its footprint, and the values that do not.
+struct CheckedCall {
+    dispconv_kernel kernel{};
+    int32_t width = 0, height = 0, src_stride = 0, dst_stride = 0, plane = 0, start_line = 0;
+    MIX_INFO info{};                 // record kernels: the size and stride fields
+    int32_t frame_structure = 0;     // strech_opt_yuy2_ajust
+    int32_t frame_width = 0;
+    ajust_contrast_info settings{};  // passed as `adjust` and as info.surface_format
+    uint32_t color_key = 0, mask_value = 0, key_value = 0;
+};
+
+// A call outside the contract and the refusal it must get.
+struct BadCall {
+    CheckedCall call;
+    Status expected;
+};
+
+std::string kernel_name(dispconv_kernel k);
+std::string describe(const CheckedCall& c);
+
+// The footprint the library computes for the call.
+dispconv_status footprint_of(const CheckedCall& c, dispconv_footprint& fp);
+// Hull of the reads and writes of one buffer (empty when untouched).
+dispconv_range hull(const dispconv_footprint& fp, int buffer);
+
+// Through the checked interface; regions indexed by dispconv_buffer. `after` receives the record
+// as the call leaves it (record kernels).
+Result run_checked(const CheckedCall& c, Region* regions, MixInfo* after = nullptr);
+// Through one instruction set's kernel, pointers indexed by dispconv_buffer; `after` receives the
+// record as the kernel leaves it (record kernels).
+void run_raw(const KernelTable& t, const CheckedCall& c, uint8_t* const* pointers, MIX_INFO* after = nullptr);
+
+// Every family's calls inside the contract (a spread of geometries per kernel) and outside it.
+std::vector<CheckedCall> contract_calls();
+std::vector<BadCall> bad_calls();
+std::vector<CheckedCall> load_contract_calls();
+std::vector<CheckedCall> stretch_contract_calls();
+std::vector<CheckedCall> subpicture_contract_calls();
+std::vector<CheckedCall> mix_contract_calls();
+std::vector<BadCall> load_bad_calls();
+std::vector<BadCall> stretch_bad_calls();
+std::vector<BadCall> subpicture_bad_calls();
+std::vector<BadCall> mix_bad_calls();
+
+// Memory of `bytes` usable bytes between two inaccessible pages, aligned to either end.
+class GuardedBytes {
+public:
+    enum Edge { at_end, at_start };
+    GuardedBytes(size_t bytes, Edge edge);
+    ~GuardedBytes();
+    GuardedBytes(const GuardedBytes&) = delete;
+    GuardedBytes& operator=(const GuardedBytes&) = delete;
+    uint8_t* data() const { return data_; }
+    size_t size() const { return size_; }
+
+private:
+    uint8_t* map_ = nullptr;
+    size_t map_bytes_ = 0;
+    uint8_t* data_ = nullptr;
+    size_t size_ = 0;
+};
+
+// Runs `body`; true when it raised a memory fault (the body is abandoned at the fault).
+bool faults(void (*body)(void*), void* context);
+
+}  // namespace dispconv::test
