@@ -130,13 +130,13 @@ dispconv_status adjusted_yuy2(const dispconv_call& c, FootprintBuilder& f) {
 
 // A whole YV12 surface at dst: the chroma planes follow the luma plane, rows dst_stride / 2
 // apart.
-dispconv_status yv12_destination(const dispconv_call& c, FootprintBuilder& f, int64_t luma_row_bytes) {
+dispconv_status yv12_destination(const dispconv_call& c, FootprintBuilder& f, int64_t luma_row_bytes,
+                                 const char* problem) {
     if (c.dst_stride <= 0 || c.dst_stride % 2 != 0 || c.dst_stride < luma_row_bytes)
-        return f.refuse(DISPCONV_BAD_STRIDE, luma_row_bytes == c.width
-                                                 ? "dst_stride must be even and at least width"
-                                                 : "dst_stride must be even and at least width / 2");
+        return f.refuse(DISPCONV_BAD_STRIDE, problem);
     return DISPCONV_OK;
 }
+constexpr const char* yv12_dst_stride = "dst_stride must be even and at least width";
 
 // The source luma rows are taken `width` apart whatever src_stride says.
 dispconv_status source_pitch_is_width(const dispconv_call& c, FootprintBuilder& f) {
@@ -149,7 +149,7 @@ dispconv_status yv12_copy(const dispconv_call& c, FootprintBuilder& f) {
     if (dispconv_status s = check_width(c, f, pixel_block)) return s;
     if (dispconv_status s = check_even_height(c, f)) return s;
     if (dispconv_status s = source_pitch_is_width(c, f)) return s;
-    if (dispconv_status s = yv12_destination(c, f, c.width)) return s;
+    if (dispconv_status s = yv12_destination(c, f, c.width, yv12_dst_stride)) return s;
     const int64_t w = c.width, h = c.height, d = c.dst_stride, pairs = h / 2;
     // Luma: each pair reads two rows back to back, then skips both pitches' remainders; it
     // writes at dst and src_stride below, and the destination moves on by one row's width.
@@ -174,7 +174,7 @@ dispconv_status yv12_adjusted(const dispconv_call& c, FootprintBuilder& f) {
         return f.refuse(DISPCONV_BAD_ARGUMENT,
                         "adjust->dst_luma_height must be at least height, dst_plane_height at least that");
     if (dispconv_status s = source_pitch_is_width(c, f)) return s;
-    if (dispconv_status s = yv12_destination(c, f, c.width)) return s;
+    if (dispconv_status s = yv12_destination(c, f, c.width, yv12_dst_stride)) return s;
     const int64_t w = c.width, h = c.height, d = c.dst_stride;
     // Every source plane is read back to back.
     f.read(DISPCONV_BUFFER_SRC_Y, 0, h * w);
@@ -192,7 +192,8 @@ dispconv_status yv12_half(const dispconv_call& c, FootprintBuilder& f) {
     if (c.width < 2 * pixel_block || c.width % pixel_block != 0)
         return f.refuse(DISPCONV_BAD_WIDTH, "width must be a multiple of 16, at least 32");
     if (dispconv_status s = check_even_height(c, f)) return s;
-    if (dispconv_status s = yv12_destination(c, f, c.width / 2)) return s;
+    if (dispconv_status s = yv12_destination(c, f, c.width / 2, "dst_stride must be even and at least width / 2"))
+        return s;
     const int64_t w = c.width, h = c.height, d = c.dst_stride;
     if (dispconv_status s = planar_source(c, f, h, true)) return s;
     f.write_rows(DISPCONV_BUFFER_DST, 0, h, d, 0, w / 2);
