@@ -95,6 +95,14 @@ TEST(Footprint, KernelsStayInsideTheirFootprints) {
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// Restore_RGB24_To_Alpha is defined to load each pixel as the 32-bit word at its start and keep
+// the next pixel's first byte, so the bitmap's first byte is read but never needed: none of our
+// implementations loads it, yet callers must still provide it.
+bool needed_by_no_implementation(const CheckedCall& c, int b, GuardedBytes::Edge edge) {
+    return c.kernel == DISPCONV_KERNEL_Restore_RGB24_To_Alpha && b == DISPCONV_BUFFER_IMAGE &&
+           edge == GuardedBytes::at_start;
+}
+
 // One byte less at either end of any buffer and some implementation touches the guard page: the
 // footprint claims no byte the kernels never reach.
 TEST(Footprint, KernelsReachBothEndsOfTheirFootprints) {
@@ -104,6 +112,7 @@ TEST(Footprint, KernelsReachBothEndsOfTheirFootprints) {
         for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) {
             if (hull(fp, b).begin == hull(fp, b).end) continue;
             for (auto edge : {GuardedBytes::at_end, GuardedBytes::at_start}) {
+                if (needed_by_no_implementation(c, b, edge)) continue;
                 bool reached = false;
                 for (Isa isa : isas()) {
                     Placed p = place(fp, edge, b, 7);
