@@ -230,7 +230,10 @@ inline Result record_call(dispconv_kernel k, void (*kernel)(MIX_INFO*), MixInfo&
                                                &MIX_INFO::image_v};
     for (int i = 0; i < 10; ++i) info.*fields[i] = regions[i]->pointer();
     kernel(&info);
-    for (int i = 0; i < 10; ++i) regions[i]->move_origin(info.*fields[i] - regions[i]->pointer());
+    // Moved as addresses: a kernel may move a pointer it never dereferences, even a null one.
+    for (int i = 0; i < 10; ++i)
+        regions[i]->move_origin(static_cast<std::ptrdiff_t>(reinterpret_cast<std::uintptr_t>(info.*fields[i]) -
+                                                            reinterpret_cast<std::uintptr_t>(regions[i]->pointer())));
     m.width = info.width, m.height = info.height;
     return r;
 }

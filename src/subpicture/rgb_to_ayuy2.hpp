@@ -25,7 +25,8 @@ void rgb_to_ayuy2(MIX_INFO* info) {
     uint8_t* y = info->sub_y;
     uint8_t* u = info->sub_u;
     uint8_t* v = info->sub_v;
-    uint8_t* opacity = info->sub_opacity;
+    // Only moved, never dereferenced (callers may leave it null): moved as an address.
+    uintptr_t opacity = reinterpret_cast<uintptr_t>(info->sub_opacity);
 
     // Both counters are tested after counting down: width < 8 or height 0 run on (caller error;
     // the row operation takes 0 blocks as 2^32).
@@ -36,10 +37,10 @@ void rgb_to_ayuy2(MIX_INFO* info) {
         // The steps use the nominal width: a width off the block starts each row earlier.
         src += image_skip, y += sub_skip, u += chroma_skip, v += chroma_skip;
         // Deliberate: the opacity pointer moves by the row remainder alone, nothing is written.
-        opacity += sub_skip;
+        opacity += static_cast<uintptr_t>(sub_skip);
     } while (--rows != 0);
 
-    info->sub_y = y, info->sub_u = u, info->sub_v = v, info->sub_opacity = opacity;
+    info->sub_y = y, info->sub_u = u, info->sub_v = v, info->sub_opacity = reinterpret_cast<uint8_t*>(opacity);
 }
 
 template <class V>
