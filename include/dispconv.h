@@ -279,7 +279,7 @@ DISPCONV_API void strech_pic_2X2(uint8_t *src, uint8_t *dst, int32_t width, int3
 
 /* One 8-bit plane stretched and adjusted with adjust_luma_gain for every plane and the offset
  * chosen by `plane` (1 luma, 2 U, 3 V; other values are unsupported). `adjust` is not read.
- * height must be at least 2; width should be a multiple of 16.
+ * height must be at least 2; width a multiple of 16 (strech_pic_1X2_adjust: any width from 16).
  * strech_pic_2X2_adjust: twice the width and height. Row 0 is repeated on row 1, the output
  *   sits one row lower than strech_pic_2X2's, the last sample of each row is averaged with the
  *   byte after the row, and source rows are taken width bytes apart (pass src_stride = width).
