@@ -176,8 +176,8 @@ std::vector<ajust_contrast_info> combinations(const ajust_contrast_info& a, cons
     return out;
 }
 
-// Runs `work(thread)` on every worker thread, started together, while `setter` runs on one
-// more thread until the workers are done.
+// Runs `work(thread)` on every worker thread, started together, while one more thread repeats
+// `setter_step` until the workers are done.
 void run_threads(const std::function<void(int)>& work, const std::function<void()>& setter_step) {
     std::atomic<int> ready{0};
     std::atomic<bool> done{false};
