@@ -21,15 +21,15 @@ DISPCONV_DECLARE_ISA_TABLES(avx2)
 
 namespace {
 
-const KernelTable portable_table = DISPCONV_ISA_TABLE(portable);
-#if defined(DISPCONV_HAVE_SSE2)
-const KernelTable sse2_table = DISPCONV_ISA_TABLE(sse2);
-#endif
-#if defined(DISPCONV_HAVE_AVX2)
-const KernelTable avx2_table = DISPCONV_ISA_TABLE(avx2);
-#endif
-
 bool cpu_supports(Isa isa) {
+    // Normally done by a constructor in the runtime; repeated here (once, thread-safely) for a
+    // kernel called from another library's constructor that runs first.
+    [[maybe_unused]] static const bool cpu_model_ready = [] {
+#if defined(__x86_64__) || defined(__i386__)
+        __builtin_cpu_init();
+#endif
+        return true;
+    }();
     switch (isa) {
         case Isa::portable:
             return true;
@@ -44,17 +44,25 @@ bool cpu_supports(Isa isa) {
     }
 }
 
+// Built on first use rather than as globals, so that a kernel called during static
+// initialisation (before this file's globals would be set up) still finds its table.
 const KernelTable* built_table(Isa isa) {
     switch (isa) {
-        case Isa::portable:
-            return &portable_table;
+        case Isa::portable: {
+            static const KernelTable table = DISPCONV_ISA_TABLE(portable);
+            return &table;
+        }
 #if defined(DISPCONV_HAVE_SSE2)
-        case Isa::sse2:
-            return &sse2_table;
+        case Isa::sse2: {
+            static const KernelTable table = DISPCONV_ISA_TABLE(sse2);
+            return &table;
+        }
 #endif
 #if defined(DISPCONV_HAVE_AVX2)
-        case Isa::avx2:
-            return &avx2_table;
+        case Isa::avx2: {
+            static const KernelTable table = DISPCONV_ISA_TABLE(avx2);
+            return &table;
+        }
 #endif
         default:
             return nullptr;

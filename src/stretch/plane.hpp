@@ -73,12 +73,12 @@ void doubled_in_memory(const uint8_t* src, int n, uint8_t* out) {
     V::double_run(src, src[n], out, n);
 }
 
+// The plane walks take the channel from their caller, so that a YV12 wrapper adjusts its three
+// planes with one snapshot of the constants.
 template <class V>
-void strech_pic_2X2_adjust(uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
-                           int32_t src_stride, int32_t dst_stride, ajust_contrast_info*,
-                           int32_t plane) {
+void stretch_plane_2x2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
+                       int32_t src_stride, int32_t dst_stride, Channel ch) {
     constexpr int block = 2 * plane_strip;  // source samples per block of the row pairs
-    const Channel ch = plane_channel(load_adjust_constants(), plane);
     auto put = [&](const uint8_t* samples, uint8_t* d, int n) { V::adjust(samples, d, n, ch.gain, ch.offset); };
 
     // Row 0 in 8-sample blocks; the last sample of the row is averaged with the byte after it.
@@ -136,11 +136,9 @@ void strech_pic_2X2_adjust(uint8_t* src, uint8_t* dst, int32_t width, int32_t he
 }
 
 template <class V>
-void strech_pic_1X2_adjust(uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
-                           int32_t src_stride, int32_t dst_stride, ajust_contrast_info*,
-                           int32_t plane) {
+void stretch_plane_1x2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
+                       int32_t src_stride, int32_t dst_stride, Channel ch) {
     constexpr int block = 2 * plane_strip;
-    const Channel ch = plane_channel(load_adjust_constants(), plane);
     const uint32_t blocks = loop_count(width, block);
     // Blocks of 16; the last one is moved back to end at the row's last sample.
     auto block_at = [&](uint32_t i) {
@@ -172,37 +170,53 @@ void strech_pic_1X2_adjust(uint8_t* src, uint8_t* dst, int32_t width, int32_t he
     copied_row(s, d + width);
 }
 
+template <class V>
+void strech_pic_2X2_adjust(uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
+                           int32_t src_stride, int32_t dst_stride, ajust_contrast_info*,
+                           int32_t plane) {
+    stretch_plane_2x2<V>(src, dst, width, height, src_stride, dst_stride,
+                         plane_channel(load_adjust_constants(), plane));
+}
+
+template <class V>
+void strech_pic_1X2_adjust(uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
+                           int32_t src_stride, int32_t dst_stride, ajust_contrast_info*,
+                           int32_t plane) {
+    stretch_plane_1x2<V>(src, dst, width, height, src_stride, dst_stride,
+                         plane_channel(load_adjust_constants(), plane));
+}
+
 // YV12 wrappers: the enlarged Y plane, then V, then U in one buffer, chroma planes with half
 // the sizes and strides.
-template <class V, void (*stretch_plane)(uint8_t*, uint8_t*, int32_t, int32_t, int32_t, int32_t,
-                                         ajust_contrast_info*, int32_t)>
+template <class V, void (*stretch_plane)(uint8_t*, uint8_t*, int32_t, int32_t, int32_t, int32_t, Channel)>
 void stretch_yv12_planes(void* src_y, void* src_u, void* src_v, void* dst_, int32_t width,
-                         int32_t height, int32_t src_stride, int32_t dst_stride,
-                         ajust_contrast_info* adjust) {
+                         int32_t height, int32_t src_stride, int32_t dst_stride) {
+    const AdjustConstants a = load_adjust_constants();
     auto* dst = static_cast<uint8_t*>(dst_);
     const ptrdiff_t luma_area = 2 * ptrdiff_t(height) * dst_stride;
-    stretch_plane(static_cast<uint8_t*>(src_y), dst, width, height, src_stride, dst_stride, adjust, 1);
+    stretch_plane(static_cast<uint8_t*>(src_y), dst, width, height, src_stride, dst_stride,
+                  plane_channel(a, 1));
     // Deliberate: the plane from src_v takes the U offset and the plane from src_u the V offset.
     stretch_plane(static_cast<uint8_t*>(src_v), dst + luma_area, width >> 1, height >> 1,
-                  src_stride >> 1, dst_stride >> 1, adjust, 2);
+                  src_stride >> 1, dst_stride >> 1, plane_channel(a, 2));
     stretch_plane(static_cast<uint8_t*>(src_u), dst + luma_area + (luma_area >> 2), width >> 1,
-                  height >> 1, src_stride >> 1, dst_stride >> 1, adjust, 3);
+                  height >> 1, src_stride >> 1, dst_stride >> 1, plane_channel(a, 3));
 }
 
 template <class V>
 void strech_picture_2X2_yv12_ajust(void* src_y, void* src_u, void* src_v, void* dst,
                                    int32_t width, int32_t height, int32_t src_stride,
-                                   int32_t dst_stride, ajust_contrast_info* adjust) {
-    stretch_yv12_planes<V, strech_pic_2X2_adjust<V>>(src_y, src_u, src_v, dst, width, height,
-                                                     src_stride, dst_stride, adjust);
+                                   int32_t dst_stride, ajust_contrast_info*) {
+    stretch_yv12_planes<V, stretch_plane_2x2<V>>(src_y, src_u, src_v, dst, width, height,
+                                                 src_stride, dst_stride);
 }
 
 template <class V>
 void strech_picture_1X2_yv12_ajust(void* src_y, void* src_u, void* src_v, void* dst,
                                    int32_t width, int32_t height, int32_t src_stride,
-                                   int32_t dst_stride, ajust_contrast_info* adjust) {
-    stretch_yv12_planes<V, strech_pic_1X2_adjust<V>>(src_y, src_u, src_v, dst, width, height,
-                                                     src_stride, dst_stride, adjust);
+                                   int32_t dst_stride, ajust_contrast_info*) {
+    stretch_yv12_planes<V, stretch_plane_1x2<V>>(src_y, src_u, src_v, dst, width, height,
+                                                 src_stride, dst_stride);
 }
 
 }  // namespace
