@@ -1,4 +1,6 @@
 // Chooses the kernel table once, from the CPU's features.
+#include <atomic>
+
 #include "core/kernel_table.hpp"
 
 namespace dispconv {
@@ -88,18 +90,36 @@ const KernelTable* kernel_table(Isa isa) {
     return table && cpu_supports(isa) ? table : nullptr;
 }
 
-Isa active_isa() {
-    static const Isa chosen = [] {
+namespace {
+// Set only by the test suite, to run every test on one instruction set's kernels.
+std::atomic<int> forced_isa{-1};
+}  // namespace
+
+void force_isa_for_testing(Isa isa) {
+    if (kernel_table(isa)) forced_isa.store(static_cast<int>(isa), std::memory_order_relaxed);
+}
+
+namespace {
+// The fastest instruction set this CPU supports, chosen once.
+Isa best_isa() {
+    static const Isa best = [] {
         for (int i = isa_count - 1; i > 0; --i)
             if (kernel_table(static_cast<Isa>(i))) return static_cast<Isa>(i);
         return Isa::portable;
     }();
-    return chosen;
+    return best;
+}
+}  // namespace
+
+Isa active_isa() {
+    const int forced = forced_isa.load(std::memory_order_relaxed);
+    return forced >= 0 ? static_cast<Isa>(forced) : best_isa();
 }
 
 const KernelTable& active_kernels() {
-    static const KernelTable& chosen = *kernel_table(active_isa());
-    return chosen;
+    static const KernelTable* const best = kernel_table(best_isa());
+    const int forced = forced_isa.load(std::memory_order_relaxed);
+    return forced >= 0 ? *kernel_table(static_cast<Isa>(forced)) : *best;
 }
 
 }  // namespace dispconv

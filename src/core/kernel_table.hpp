@@ -43,5 +43,7 @@ const KernelTable* kernel_table(Isa isa);
 // The fastest table this CPU supports, chosen once, thread-safely, on first use.
 const KernelTable& active_kernels();
 Isa active_isa();
+// Tests only: route the exported kernels through another built, supported instruction set.
+void force_isa_for_testing(Isa isa);
 
 }  // namespace dispconv
