@@ -14,7 +14,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     try {
         Y4mReader reader(file.path());
         const Y4mHeader& h = reader.header();
-        if (h.width <= 0 || h.height <= 0 || h.width > max_picture_side || h.height > max_picture_side) std::abort();
+        // What the program relies on in an accepted header (the rate is written back out).
+        if (h.width <= 0 || h.height <= 0 || h.width > max_picture_side || h.height > max_picture_side ||
+            h.rate_num <= 0 || h.rate_den <= 0 || !std::strchr("ptbm", h.interlace) || h.interlace == 0)
+            std::abort();
         // As the program does: one padded source frame, reloaded for every frame read.
         SourceFrame source(Geometry::for_size(h.width, h.height), h.chroma);
         PlanarPicture picture;
