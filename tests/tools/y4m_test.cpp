@@ -52,6 +52,12 @@ TEST(Y4mHeader, RejectsWhatItCannotShowWithAReason) {
         {"YUV4MPEG2 W64 Habc", "malformed height"},
         {"YUV4MPEG2 W64", "lacks the picture width or height"},
         {"YUV4MPEG2 W64 H64 F0:1", "malformed frame rate"},
+        {"YUV4MPEG2 W64 H64 F-1:1", "malformed frame rate '-1:1'"},  // would wrap to a negative rate
+        {"YUV4MPEG2 W64 H64 F25:-1", "malformed frame rate"},
+        {"YUV4MPEG2 W64 H64 F3000000000:1", "malformed frame rate"},
+        {"YUV4MPEG2 W64 H64 F+25:1", "malformed frame rate"},
+        {"YUV4MPEG2 W64 H64 F25", "malformed frame rate"},
+        {"YUV4MPEG2 W64 H64 F25:1x", "malformed frame rate"},
         {"YUV4MPEG2 W64 H64 Ix", "unknown interlace tag"},
     };
     for (const Case& c : cases) {

@@ -63,12 +63,17 @@ Y4mHeader parse_y4m_header(const std::string& line) {
                 header.interlace = value[0] == '?' ? 'p' : value[0];
                 break;
             case 'F': {
-                unsigned num = 0, den = 0;
-                char tail = 0;
-                if (std::sscanf(value.c_str(), "%u:%u%c", &num, &den, &tail) != 2 || num == 0 || den == 0)
+                // Digits only: a signed or oversized count would wrap into a negative rate.
+                const size_t colon = value.find(':');
+                const std::string num = value.substr(0, colon);
+                const std::string den = colon == std::string::npos ? "" : value.substr(colon + 1);
+                const auto count = [](const std::string& t) {
+                    return !t.empty() && t.size() <= 9 && t.find_first_not_of("0123456789") == std::string::npos;
+                };
+                if (!count(num) || !count(den) || std::stoi(num) == 0 || std::stoi(den) == 0)
                     throw ToolError("YUV4MPEG2 header has a malformed frame rate '" + value + "'");
-                header.rate_num = static_cast<int>(num);
-                header.rate_den = static_cast<int>(den);
+                header.rate_num = std::stoi(num);
+                header.rate_den = std::stoi(den);
                 break;
             }
             default: break;  // aspect ratio and extensions do not change the pixels
