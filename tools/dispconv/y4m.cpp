@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <sstream>
+#include <string_view>
 #include <vector>
 
 namespace dispconv::tool {
@@ -58,7 +59,8 @@ Y4mHeader parse_y4m_header(const std::string& line) {
             case 'H': header.height = parse_size(value, "height"); have_height = true; break;
             case 'C': header.chroma = parse_chroma(value); break;
             case 'I':
-                if (value.size() != 1 || std::strchr("ptbm?", value[0]) == nullptr)
+                // Not strchr: it would find a NUL byte, the terminator of "ptbm?".
+                if (value.size() != 1 || std::string_view("ptbm?").find(value[0]) == std::string_view::npos)
                     throw ToolError("YUV4MPEG2 header has an unknown interlace tag '" + value + "'");
                 header.interlace = value[0] == '?' ? 'p' : value[0];
                 break;
@@ -98,14 +100,20 @@ Y4mReader::Y4mReader(const std::string& path) : name_(path) {
         if (!file_) throw ToolError("cannot read '" + path + "': " + std::strerror(errno));
         owned_ = true;
     }
-    std::string line;
-    bool too_long = false;
-    if (!read_line(file_, line, 4096, too_long) || too_long)
-        throw ToolError("'" + path + "' is not a YUV4MPEG2 file");
+    // A refused header leaves the constructor by throwing, so the destructor will not close the file.
     try {
-        header_ = parse_y4m_header(line);
-    } catch (const ToolError& e) {
-        throw ToolError("'" + path + "': " + e.what());
+        std::string line;
+        bool too_long = false;
+        if (!read_line(file_, line, 4096, too_long) || too_long)
+            throw ToolError("'" + path + "' is not a YUV4MPEG2 file");
+        try {
+            header_ = parse_y4m_header(line);
+        } catch (const ToolError& e) {
+            throw ToolError("'" + path + "': " + e.what());
+        }
+    } catch (...) {
+        if (owned_) std::fclose(file_);
+        throw;
     }
 }
 
