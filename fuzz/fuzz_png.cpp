@@ -1,5 +1,5 @@
 // The program's PNG input (sub-picture art). Bad input must end in a ToolError; any crash,
-// leak or stray access is a bug.
+// leak (of memory or of an open file) or stray access is a bug.
 //
 // libpng comes from the system, without coverage instrumentation, and refuses chunks whose CRC
 // is wrong. So that mutations get past the CRC, the mutator rewrites every chunk's CRC; so that
@@ -80,6 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // The reader allocates the whole picture before decoding it: a header announcing a huge
     // picture only costs time (up to a second for 16384x16384), so those stay out of the runs.
     if (announced_area(data, size) > (uint64_t(1) << 22)) return 0;
+    const dispconv::fuzz::NoFileLeft no_file_left;
     dispconv::fuzz::InputFile file(data, size);
     try {
         const RgbaPicture p = read_png(file.path());

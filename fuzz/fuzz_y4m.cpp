@@ -1,5 +1,6 @@
 // The program's YUV4MPEG2 input: header, frames and their padding into the kernels' frame.
-// Bad input must end in a ToolError; any crash, leak or stray access is a bug.
+// Bad input must end in a ToolError; any crash, leak (of memory or of an open file) or stray
+// access is a bug.
 #include <cstdint>
 #include <cstring>
 
@@ -10,6 +11,7 @@
 using namespace dispconv::tool;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const dispconv::fuzz::NoFileLeft no_file_left;
     dispconv::fuzz::InputFile file(data, size);
     try {
         Y4mReader reader(file.path());
