@@ -34,7 +34,7 @@ TEST(Y4mHeader, AcceptsTheLayoutsTheKernelsRead) {
 
 TEST(Y4mHeader, RejectsWhatItCannotShowWithAReason) {
     struct Case {
-        const char* line;
+        std::string line;
         const char* reason;
     };
     const Case cases[] = {
@@ -52,7 +52,14 @@ TEST(Y4mHeader, RejectsWhatItCannotShowWithAReason) {
         {"YUV4MPEG2 W64 Habc", "malformed height"},
         {"YUV4MPEG2 W64", "lacks the picture width or height"},
         {"YUV4MPEG2 W64 H64 F0:1", "malformed frame rate"},
+        {"YUV4MPEG2 W64 H64 F-1:1", "malformed frame rate '-1:1'"},  // would wrap to a negative rate
+        {"YUV4MPEG2 W64 H64 F25:-1", "malformed frame rate"},
+        {"YUV4MPEG2 W64 H64 F3000000000:1", "malformed frame rate"},
+        {"YUV4MPEG2 W64 H64 F+25:1", "malformed frame rate"},
+        {"YUV4MPEG2 W64 H64 F25", "malformed frame rate"},
+        {"YUV4MPEG2 W64 H64 F25:1x", "malformed frame rate"},
         {"YUV4MPEG2 W64 H64 Ix", "unknown interlace tag"},
+        {std::string("YUV4MPEG2 W64 H64 I\0", 20), "unknown interlace tag"},  // a NUL byte is no tag
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.line);
@@ -127,6 +134,28 @@ TEST(Y4mFile, DamagedFramesAreReportedWithTheirNumber) {
             EXPECT_NE(std::string(e.what()).find(c.reason), std::string::npos) << e.what();
         }
     }
+}
+
+long open_files() { return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()); }
+
+TEST(Y4mFile, RefusedFilesAreClosed) {
+    ScratchDir scratch;
+    const std::string inputs[] = {"", "YUV4MPEG2 W0 H2\n", "YUV4MPEG2 W2 H2 C444\n", std::string(5000, 'Y'),
+                                  y4m_header(8, 4, "420") + "FRAME\n"};
+    const long before = open_files();
+    for (const std::string& bytes : inputs) {
+        const std::string path = scratch / "bad.y4m";
+        write_file(path, bytes);
+        try {
+            Y4mReader reader(path);
+            PlanarPicture p;
+            while (reader.read_frame(p)) {
+            }
+            ADD_FAILURE() << "accepted " << bytes.substr(0, 40);
+        } catch (const ToolError&) {
+        }
+    }
+    EXPECT_EQ(open_files(), before);
 }
 
 }  // namespace

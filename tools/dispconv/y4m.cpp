@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <sstream>
+#include <string_view>
 #include <vector>
 
 namespace dispconv::tool {
@@ -58,17 +59,23 @@ Y4mHeader parse_y4m_header(const std::string& line) {
             case 'H': header.height = parse_size(value, "height"); have_height = true; break;
             case 'C': header.chroma = parse_chroma(value); break;
             case 'I':
-                if (value.size() != 1 || std::strchr("ptbm?", value[0]) == nullptr)
+                // Not strchr: it would find a NUL byte, the terminator of "ptbm?".
+                if (value.size() != 1 || std::string_view("ptbm?").find(value[0]) == std::string_view::npos)
                     throw ToolError("YUV4MPEG2 header has an unknown interlace tag '" + value + "'");
                 header.interlace = value[0] == '?' ? 'p' : value[0];
                 break;
             case 'F': {
-                unsigned num = 0, den = 0;
-                char tail = 0;
-                if (std::sscanf(value.c_str(), "%u:%u%c", &num, &den, &tail) != 2 || num == 0 || den == 0)
+                // Digits only: a signed or oversized count would wrap into a negative rate.
+                const size_t colon = value.find(':');
+                const std::string num = value.substr(0, colon);
+                const std::string den = colon == std::string::npos ? "" : value.substr(colon + 1);
+                const auto count = [](const std::string& t) {
+                    return !t.empty() && t.size() <= 9 && t.find_first_not_of("0123456789") == std::string::npos;
+                };
+                if (!count(num) || !count(den) || std::stoi(num) == 0 || std::stoi(den) == 0)
                     throw ToolError("YUV4MPEG2 header has a malformed frame rate '" + value + "'");
-                header.rate_num = static_cast<int>(num);
-                header.rate_den = static_cast<int>(den);
+                header.rate_num = std::stoi(num);
+                header.rate_den = std::stoi(den);
                 break;
             }
             default: break;  // aspect ratio and extensions do not change the pixels
@@ -93,14 +100,20 @@ Y4mReader::Y4mReader(const std::string& path) : name_(path) {
         if (!file_) throw ToolError("cannot read '" + path + "': " + std::strerror(errno));
         owned_ = true;
     }
-    std::string line;
-    bool too_long = false;
-    if (!read_line(file_, line, 4096, too_long) || too_long)
-        throw ToolError("'" + path + "' is not a YUV4MPEG2 file");
+    // A refused header leaves the constructor by throwing, so the destructor will not close the file.
     try {
-        header_ = parse_y4m_header(line);
-    } catch (const ToolError& e) {
-        throw ToolError("'" + path + "': " + e.what());
+        std::string line;
+        bool too_long = false;
+        if (!read_line(file_, line, 4096, too_long) || too_long)
+            throw ToolError("'" + path + "' is not a YUV4MPEG2 file");
+        try {
+            header_ = parse_y4m_header(line);
+        } catch (const ToolError& e) {
+            throw ToolError("'" + path + "': " + e.what());
+        }
+    } catch (...) {
+        if (owned_) std::fclose(file_);
+        throw;
     }
 }
 
