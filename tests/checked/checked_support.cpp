@@ -21,10 +21,6 @@ const char* const kernel_names[] = {
 #undef DISPCONV_KERNEL
 };
 
-bool is_record_kernel(dispconv_kernel k) {
-    return (k >= DISPCONV_KERNEL_Convert_RGB32_To_AYUY2 && k < DISPCONV_KERNEL_LoadColorKeyRgb32) ||
-           k >= DISPCONV_KERNEL_mix_ayuy2_yuy2_p_ajust;
-}
 
 // Records carrying the call's scalars and, once known, its pointers.
 struct Records {
@@ -33,7 +29,7 @@ struct Records {
     ajust_contrast_info settings;
 
     explicit Records(const CheckedCall& c) : info(c.info), settings(c.settings) {
-        info.surface_format = &settings;
+        info.surface_format = c.no_settings ? nullptr : &settings;
         frame.frame_structure = c.frame_structure;
         frame.frame_width = c.frame_width;
     }
@@ -42,7 +38,7 @@ struct Records {
         d.kernel = c.kernel, d.width = c.width, d.height = c.height;
         d.src_stride = c.src_stride, d.dst_stride = c.dst_stride;
         d.plane = c.plane, d.start_line = c.start_line;
-        d.adjust = &settings, d.info = &info, d.frame = &frame;
+        d.adjust = c.no_settings ? nullptr : &settings, d.info = &info, d.frame = &frame;
         return d;
     }
 };
@@ -53,7 +49,7 @@ Result adapt(Result (*f)(const Frame&, const Surface&, const ajust_contrast_info
              MixInfo*) {
     return f({r[DISPCONV_BUFFER_SRC_Y], r[DISPCONV_BUFFER_SRC_U], r[DISPCONV_BUFFER_SRC_V], c.width, c.height,
               c.src_stride},
-             {r[DISPCONV_BUFFER_DST], c.dst_stride}, &c.settings);
+             {r[DISPCONV_BUFFER_DST], c.dst_stride}, c.no_settings ? nullptr : &c.settings);
 }
 Result adapt(Result (*f)(Region, int32_t, int32_t, const Surface&), const CheckedCall& c, R r, MixInfo*) {
     return f(r[DISPCONV_BUFFER_SRC_Y], c.width, c.height, {r[DISPCONV_BUFFER_DST], c.dst_stride});
@@ -89,7 +85,7 @@ Result adapt(Result (*f)(MixInfo&), const CheckedCall& c, R r, MixInfo* after) {
     m.image = r[DISPCONV_BUFFER_IMAGE], m.image_u = r[DISPCONV_BUFFER_IMAGE_U];
     m.image_v = r[DISPCONV_BUFFER_IMAGE_V];
     m.color_key = c.info.color_key;
-    m.surface_format = &c.settings;
+    m.surface_format = c.no_settings ? nullptr : &c.settings;
     const Result result = f(m);
     if (after) *after = m;
     return result;
@@ -103,6 +99,11 @@ void on_fault(int) {
 }
 
 }  // namespace
+
+bool is_record_kernel(dispconv_kernel k) {
+    return (k >= DISPCONV_KERNEL_Convert_RGB32_To_AYUY2 && k < DISPCONV_KERNEL_LoadColorKeyRgb32) ||
+           k >= DISPCONV_KERNEL_mix_ayuy2_yuy2_p_ajust;
+}
 
 std::string kernel_name(dispconv_kernel k) {
     return k >= 0 && k < DISPCONV_KERNEL_COUNT ? kernel_names[k] : "unknown kernel";
@@ -120,7 +121,7 @@ std::string describe(const CheckedCall& c) {
     if (c.kernel == DISPCONV_KERNEL_strech_opt_yuy2_ajust)
         s << " frame_width " << c.frame_width << " structure " << c.frame_structure << " start " << c.start_line;
     if (c.plane) s << " plane " << c.plane;
-    s << " layout " << c.settings.rgb16_layout;
+    s << (c.no_settings ? " without settings" : " layout " + std::to_string(c.settings.rgb16_layout));
     return s.str();
 }
 
@@ -169,7 +170,7 @@ void run_raw(const KernelTable& t, const CheckedCall& c, uint8_t* const* p, MIX_
     const int32_t width = c.width, height = c.height, src_stride = c.src_stride, dst_stride = c.dst_stride;
     const int32_t stride = c.dst_stride, plane = c.plane, start_line = c.start_line, reserved = 0;
     const uint32_t color_key = c.color_key, mask_value = c.mask_value, key_value = c.key_value;
-    ajust_contrast_info* adjust = &rec.settings;
+    ajust_contrast_info* adjust = c.no_settings ? nullptr : &rec.settings;
     switch (c.kernel) {
 #define DISPCONV_KERNEL(name, params, args) \
     case DISPCONV_KERNEL_##name:            \

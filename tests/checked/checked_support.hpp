@@ -20,6 +20,7 @@ struct CheckedCall {
     int32_t frame_structure = 0;     // strech_opt_yuy2_ajust
     int32_t frame_width = 0;
     ajust_contrast_info settings{};  // passed as `adjust` and as info.surface_format
+    bool no_settings = false;        // pass null instead
     uint32_t color_key = 0, mask_value = 0, key_value = 0;
 };
 
@@ -29,7 +30,15 @@ struct BadCall {
     Status expected;
 };
 
+// The same call without its settings record (refused where the kernel reads one).
+inline BadCall without_settings(CheckedCall c) {
+    c.no_settings = true;
+    return {c, Status::bad_argument};
+}
+
 std::string kernel_name(dispconv_kernel k);
+// Kernels taking a MIX_INFO record, and the one taking a frame descriptor.
+bool is_record_kernel(dispconv_kernel k);
 std::string describe(const CheckedCall& c);
 
 // The footprint the library computes for the call.

@@ -238,6 +238,19 @@ TEST(Footprint, CheckedInterfaceAcceptsExactlyTheFootprint) {
     for (auto& [kind, n] : refused) std::printf("refused (%s): %d\n", kind.c_str(), n);
 }
 
+// The record kernels and the frame-descriptor stretcher refuse to run without their record.
+TEST(Footprint, MissingRecordsAreRefused) {
+    for (int k = 0; k < DISPCONV_KERNEL_COUNT; ++k) {
+        const auto kernel = dispconv_kernel(k);
+        if (!is_record_kernel(kernel) && kernel != DISPCONV_KERNEL_strech_opt_yuy2_ajust) continue;
+        dispconv_call call{};
+        call.kernel = kernel, call.width = 64, call.height = 16, call.dst_stride = 256;
+        dispconv_footprint fp;
+        EXPECT_EQ(dispconv_get_footprint(&call, &fp), DISPCONV_BAD_ARGUMENT) << kernel_name(kernel);
+        EXPECT_NE(fp.problem, nullptr);
+    }
+}
+
 // Geometries outside the contract are refused before any buffer is looked at.
 TEST(Footprint, GeometriesOutsideTheContractAreRefused) {
     std::map<Status, int> refused;

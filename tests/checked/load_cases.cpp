@@ -1,6 +1,4 @@
 // Calls inside and outside the contract of the frame-loading kernels.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
 #include "checked/checked_support.hpp"
@@ -134,6 +132,7 @@ std::vector<BadCall> load_bad_calls() {
         if (k.layout) {
             bad.push_back({call(w, good_height, src, dst, 4), Status::bad_layout});
             bad.push_back({call(w, good_height, src, dst, -1), Status::bad_layout});
+            bad.push_back(without_settings(call(w, good_height, src, dst)));
         }
     };
     for (const RowPairKernel& k : row_pair_kernels) add_row_pair_bad(k, 2);
@@ -158,6 +157,7 @@ std::vector<BadCall> load_bad_calls() {
     auto yv12_adjusted = [](Yv12Shape s) { return yv12_call(DISPCONV_KERNEL_loadimage_yv12_ajust, s); };
     bad.push_back({yv12_adjusted({32, 4, 32, 32, 3, 4}), Status::bad_argument});  // chroma over the luma
     bad.push_back({yv12_adjusted({32, 4, 32, 32, 6, 5}), Status::bad_argument});
+    bad.push_back(without_settings(yv12_adjusted({32, 4, 32, 32, 4, 6})));
 
     auto half = [](Yv12Shape s) { return yv12_call(DISPCONV_KERNEL_loadimage_half_yv12_ajust, s); };
     for (int32_t w : {16, 40, 0, -32}) bad.push_back({half({w, 2, 64, 32, 2, 2}), Status::bad_width});
@@ -167,36 +167,4 @@ std::vector<BadCall> load_bad_calls() {
     return bad;
 }
 
-namespace {
-
-// The kernels that read the record given as `adjust` refuse to run without one; the generic
-// tables always pass a record.
-TEST(LoadFootprint, KernelsReadingTheSettingsNeedThem) {
-    const CheckedCall calls[] = {
-        frame_call(DISPCONV_KERNEL_LoadYUY2_RGB16, 16, 2, 16, 32),
-        frame_call(DISPCONV_KERNEL_LoadYUY2_RGB16_adjust, 16, 2, 16, 32),
-        frame_call(DISPCONV_KERNEL_loadimage_rgb16, 16, 2, 16, 32),
-        frame_call(DISPCONV_KERNEL_loadimage_rgb16_ajust, 16, 2, 16, 32),
-        frame_call(DISPCONV_KERNEL_loadimage_yv12_ajust, 16, 2, 16, 16),
-    };
-    for (const CheckedCall& c : calls) {
-        dispconv_call raw{};
-        raw.kernel = c.kernel, raw.width = c.width, raw.height = c.height;
-        raw.src_stride = c.src_stride, raw.dst_stride = c.dst_stride;
-        dispconv_footprint fp;
-        EXPECT_EQ(dispconv_get_footprint(&raw, &fp), DISPCONV_BAD_ARGUMENT) << describe(c);
-        EXPECT_NE(fp.problem, nullptr);
-
-        raw.adjust = &c.settings;
-        EXPECT_EQ(dispconv_get_footprint(&raw, &fp), DISPCONV_OK) << describe(c);
-    }
-    // Through the checked interface, with buffers that would fit.
-    std::vector<uint8_t> src(4096, 1), dst(4096, 0);
-    const Frame frame{src, src, src, 16, 2, 16};
-    EXPECT_EQ(dispconv::loadimage_rgb16(frame, {dst, 32}, nullptr).status, Status::bad_argument);
-    EXPECT_EQ(dispconv::loadimage_yv12_ajust(frame, {dst, 16}, nullptr).status, Status::bad_argument);
-    EXPECT_EQ(std::count(dst.begin(), dst.end(), 0), ptrdiff_t(dst.size()));
-}
-
-}  // namespace
 }  // namespace dispconv::test

@@ -1,6 +1,4 @@
 // Calls inside and outside the contract of the mix kernels.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
 #include "checked/checked_support.hpp"
@@ -132,35 +130,10 @@ std::vector<BadCall> mix_bad_calls() {
         if (m.rgb16) {
             bad.push_back({call(32, h, 64, 64, 64, 4), Status::bad_layout});
             bad.push_back({call(32, h, 64, 64, 64, -1), Status::bad_layout});
+            bad.push_back(without_settings(call(32, h, 64, 64, 64 * bpp)));
         }
     }
     return bad;
-}
-
-// A missing record, or a missing settings record where the layout is read, is refused.
-TEST(MixFootprint, MissingRecordsAreRefused) {
-    for (const MixKernel& m : mix_kernels) {
-        dispconv_call c{};
-        c.kernel = m.kernel;
-        dispconv_footprint fp;
-        EXPECT_EQ(dispconv_get_footprint(&c, &fp), DISPCONV_BAD_ARGUMENT) << kernel_name(m.kernel);
-        EXPECT_NE(fp.problem, nullptr);
-
-        MIX_INFO info = mix_call(m.kernel, 16, 4, 16, 16, 16 * m.out_bpp).info;
-        info.surface_format = nullptr;
-        c.info = &info;
-        EXPECT_EQ(dispconv_get_footprint(&c, &fp), m.rgb16 ? DISPCONV_BAD_ARGUMENT : DISPCONV_OK)
-            << kernel_name(m.kernel);
-    }
-    // Through the checked interface: refused before anything is written.
-    std::vector<uint8_t> planes[10];
-    MixInfo info;
-    info.width = 16, info.height = 4, info.frame_stride = 16, info.sub_stride = 16, info.image_stride = 32;
-    Region* regions[] = {&info.frame_y, &info.frame_v, &info.frame_u, &info.sub_opacity, &info.sub_y,
-                         &info.sub_v,   &info.sub_u,   &info.image,   &info.image_u,     &info.image_v};
-    for (int i = 0; i < 10; ++i) planes[i].assign(256, 0xA5), *regions[i] = Region(planes[i]);
-    EXPECT_EQ(mix_ayuy2_rgb16_i_ajust(info).status, Status::bad_argument);
-    EXPECT_EQ(std::count(planes[7].begin(), planes[7].end(), 0xA5), 256);
 }
 
 }  // namespace dispconv::test

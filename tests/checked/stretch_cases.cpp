@@ -112,9 +112,11 @@ std::vector<BadCall> stretch_bad_calls() {
             bad.push_back({call(k, w, h, src_stride, row), Status::bad_stride});
         for (int32_t dst_stride : {row - 1, 0, -(row - 1)})
             bad.push_back({call(k, w, h, w, dst_stride), Status::bad_stride});
-        if (is_rgb16(k))
+        if (is_rgb16(k)) {
             for (int32_t layout : {4, -1})
                 bad.push_back({call(k, w, h, w, row, 0, layout), Status::bad_layout});
+            bad.push_back(without_settings(call(k, w, h, w, row)));
+        }
     }
     for (K k : packed_kernels) {
         for (int32_t width : {48, 32, 80, 0, -64}) bad.push_back({call(k, width, 16, 0, 256), Status::bad_width});

@@ -1,6 +1,4 @@
 // Calls inside and outside the contract of the sub-picture and colour-key kernels.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <span>
 #include <vector>
@@ -160,47 +158,10 @@ std::vector<BadCall> subpicture_bad_calls() {
         if (r.bpp == 2) {
             bad.push_back({record_call(k, 32, 2, 32, 0, row, 4), Status::bad_layout});
             bad.push_back({record_call(k, 32, 2, 32, 0, row, -1), Status::bad_layout});
+            bad.push_back(without_settings(record_call(k, 32, 2, 32, 0, row)));
         }
     }
     return bad;
-}
-
-// Missing records: the generic tables always pass both, so these are asked directly.
-TEST(Footprint, SubpictureRecordKernelsNeedTheirRecords) {
-    const dispconv_kernel record_kernels[] = {DISPCONV_KERNEL_Convert_RGB24_To_AYUY2,
-                                              DISPCONV_KERNEL_Restore_RGB24_To_Alpha,
-                                              DISPCONV_KERNEL_load_subpicture_yuy2_rgb16_ajust};
-    for (dispconv_kernel k : record_kernels) {
-        dispconv_call call{};
-        call.kernel = k;
-        dispconv_footprint fp;
-        EXPECT_EQ(dispconv_get_footprint(&call, &fp), DISPCONV_BAD_ARGUMENT) << kernel_name(k);
-        EXPECT_NE(fp.problem, nullptr);
-    }
-
-    MIX_INFO info{};
-    info.width = 32, info.height = 2, info.frame_stride = 32, info.image_stride = 64;
-    dispconv_call call{};
-    call.info = &info;
-    dispconv_footprint fp;
-    for (dispconv_kernel k : {DISPCONV_KERNEL_load_subpicture_yuy2_rgb16, DISPCONV_KERNEL_load_subpicture_yuy2_rgb16_ajust}) {
-        call.kernel = k;
-        EXPECT_EQ(dispconv_get_footprint(&call, &fp), DISPCONV_BAD_ARGUMENT) << kernel_name(k);
-    }
-    // The others never read surface_format.
-    call.kernel = DISPCONV_KERNEL_load_subpicture_yuy2_rgb32;
-    info.image_stride = 128;
-    EXPECT_EQ(dispconv_get_footprint(&call, &fp), DISPCONV_OK);
-
-    // The checked interface refuses a null surface_format before running anything.
-    std::vector<uint8_t> plane(64, 1), image(64, 0xA5);
-    MixInfo m;
-    m.width = 32, m.height = 2, m.frame_stride = 32, m.image_stride = 64;
-    m.sub_y = m.sub_opacity = Region(plane);
-    m.sub_u = m.sub_v = Region(std::span(plane).first(32));
-    m.image = Region(image);
-    EXPECT_EQ(dispconv::load_subpicture_yuy2_rgb16(m).status, Status::bad_argument);
-    EXPECT_EQ(std::count(image.begin(), image.end(), 0xA5), 64);
 }
 
 }  // namespace dispconv::test
