@@ -323,20 +323,17 @@ inline Result strech_pic_2X2(const Plane& src, const Surface& dst) {
     return r;
 }
 // `plane`: 1 luma, 2 U, 3 V (chooses the adjust offset).
-inline Result strech_pic_2X2_adjust(const Plane& src, const Surface& dst, std::int32_t plane) {
-    const Result r = detail::plane_call(DISPCONV_KERNEL_strech_pic_2X2_adjust, src, dst, plane);
-    if (r)
-        ::strech_pic_2X2_adjust(src.bytes.pointer(), dst.bytes.pointer(), src.width, src.height, src.stride,
-                                dst.stride, nullptr, plane);
-    return r;
-}
-inline Result strech_pic_1X2_adjust(const Plane& src, const Surface& dst, std::int32_t plane) {
-    const Result r = detail::plane_call(DISPCONV_KERNEL_strech_pic_1X2_adjust, src, dst, plane);
-    if (r)
-        ::strech_pic_1X2_adjust(src.bytes.pointer(), dst.bytes.pointer(), src.width, src.height, src.stride,
-                                dst.stride, nullptr, plane);
-    return r;
-}
+#define DISPCONV_CHECKED_PLANE_ADJUST(name)                                                           \
+    inline Result name(const Plane& src, const Surface& dst, std::int32_t plane) {                    \
+        const Result r = detail::plane_call(DISPCONV_KERNEL_##name, src, dst, plane);                 \
+        if (r)                                                                                        \
+            ::name(src.bytes.pointer(), dst.bytes.pointer(), src.width, src.height, src.stride,       \
+                   dst.stride, nullptr, plane);                                                       \
+        return r;                                                                                     \
+    }
+DISPCONV_CHECKED_PLANE_ADJUST(strech_pic_2X2_adjust)
+DISPCONV_CHECKED_PLANE_ADJUST(strech_pic_1X2_adjust)
+#undef DISPCONV_CHECKED_PLANE_ADJUST
 
 inline Result strech_opt_yuy2_ajust(const VideoFrame& frame, std::int32_t start_line, std::int32_t height,
                                     const Surface& dst) {

@@ -73,7 +73,8 @@ dispconv_status yuy2_to_yuy2(const dispconv_call& c, FootprintBuilder& f) {
     return DISPCONV_OK;
 }
 
-dispconv_status yuy2_to_rgb(const dispconv_call& c, FootprintBuilder& f, int bpp) {
+// Row pairs of width * bpp bytes from a packed YUY2 or a planar source.
+dispconv_status to_rgb(const dispconv_call& c, FootprintBuilder& f, int bpp, bool packed) {
     if (dispconv_status s = check_width(c, f, pixel_block)) return s;
     if (dispconv_status s = check_height(c, f)) return s;
     if (bpp == 2)
@@ -81,20 +82,8 @@ dispconv_status yuy2_to_rgb(const dispconv_call& c, FootprintBuilder& f, int bpp
     const int64_t row_bytes = int64_t(c.width) * bpp;
     if (dispconv_status s = check_dst_rows(c, f, row_bytes, "dst_stride must be at least width * bytes per pixel"))
         return s;
-    if (dispconv_status s = packed_source(c, f)) return s;
-    f.write_rows(DISPCONV_BUFFER_DST, 0, paired_rows(c.height), c.dst_stride, 0, row_bytes);
-    return DISPCONV_OK;
-}
-
-dispconv_status planar_to_rgb(const dispconv_call& c, FootprintBuilder& f, int bpp) {
-    if (dispconv_status s = check_width(c, f, pixel_block)) return s;
-    if (dispconv_status s = check_height(c, f)) return s;
-    if (bpp == 2)
-        if (dispconv_status s = check_layout(c, f)) return s;
-    const int64_t row_bytes = int64_t(c.width) * bpp;
-    if (dispconv_status s = check_dst_rows(c, f, row_bytes, "dst_stride must be at least width * bytes per pixel"))
+    if (dispconv_status s = packed ? packed_source(c, f) : planar_source(c, f, paired_rows(c.height), true))
         return s;
-    if (dispconv_status s = planar_source(c, f, paired_rows(c.height), true)) return s;
     f.write_rows(DISPCONV_BUFFER_DST, 0, paired_rows(c.height), c.dst_stride, 0, row_bytes);
     return DISPCONV_OK;
 }
@@ -211,13 +200,13 @@ dispconv_status load_footprint(const dispconv_call& c, FootprintBuilder& f) {
             return yuy2_to_yuy2(c, f);
         case DISPCONV_KERNEL_LoadYUY2_RGB32:
         case DISPCONV_KERNEL_LoadYUY2_RGB32_adjust:
-            return yuy2_to_rgb(c, f, 4);
+            return to_rgb(c, f, 4, true);
         case DISPCONV_KERNEL_LoadYUY2_RGB24:
         case DISPCONV_KERNEL_LoadYUY2_RGB24_adjust:
-            return yuy2_to_rgb(c, f, 3);
+            return to_rgb(c, f, 3, true);
         case DISPCONV_KERNEL_LoadYUY2_RGB16:
         case DISPCONV_KERNEL_LoadYUY2_RGB16_adjust:
-            return yuy2_to_rgb(c, f, 2);
+            return to_rgb(c, f, 2, true);
         case DISPCONV_KERNEL_loadimage_yuy2:
             return planar_to_yuy2(c, f, true, true, false);
         case DISPCONV_KERNEL_loadimage_yuy2_ajust:
@@ -234,13 +223,13 @@ dispconv_status load_footprint(const dispconv_call& c, FootprintBuilder& f) {
             return yv12_half(c, f);
         case DISPCONV_KERNEL_loadimage_rgb32:
         case DISPCONV_KERNEL_loadimage_rgb32_ajust:
-            return planar_to_rgb(c, f, 4);
+            return to_rgb(c, f, 4, false);
         case DISPCONV_KERNEL_loadimage_rgb24:
         case DISPCONV_KERNEL_loadimage_rgb24_ajust:
-            return planar_to_rgb(c, f, 3);
+            return to_rgb(c, f, 3, false);
         case DISPCONV_KERNEL_loadimage_rgb16:
         case DISPCONV_KERNEL_loadimage_rgb16_ajust:
-            return planar_to_rgb(c, f, 2);
+            return to_rgb(c, f, 2, false);
         default:
             return f.refuse(DISPCONV_BAD_ARGUMENT, "footprint not known for this kernel");
     }
