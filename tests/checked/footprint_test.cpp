@@ -106,6 +106,7 @@ bool needed_by_no_implementation(const CheckedCall& c, int b, GuardedBytes::Edge
 // One byte less at either end of any buffer and some implementation touches the guard page: the
 // footprint claims no byte the kernels never reach.
 TEST(Footprint, KernelsReachBothEndsOfTheirFootprints) {
+    int edges = 0;
     for (const CheckedCall& c : contract_calls()) {
         dispconv_footprint fp;
         ASSERT_EQ(footprint_of(c, fp), DISPCONV_OK) << describe(c);
@@ -119,12 +120,14 @@ TEST(Footprint, KernelsReachBothEndsOfTheirFootprints) {
                     RawRun r{kernel_table(isa), &c, p.pointers.data()};
                     reached = reached || faults(raw_body, &r);
                 }
+                ++edges;
                 EXPECT_TRUE(reached) << describe(c) << ": no implementation touches the "
                                      << (edge == GuardedBytes::at_end ? "last" : "first") << " byte of "
                                      << buffer_name(dispconv_buffer(b));
             }
         }
     }
+    std::printf("footprint edges reached: %d\n", edges);
 }
 #endif
 
@@ -277,7 +280,8 @@ TEST(Footprint, GeometriesOutsideTheContractAreRefused) {
                 << describe(bad.call) << ": " << buffer_name(dispconv_buffer(b)) << " written";
         ++refused[bad.expected];
     }
-    for (auto& [status, n] : refused) std::printf("refused geometry (status %d): %d\n", int(status), n);
+    const char* const names[] = {"ok", "bad width", "bad height", "bad stride", "bad layout", "bad argument"};
+    for (auto& [status, n] : refused) std::printf("refused geometry (%s): %d\n", names[int(status)], n);
 }
 
 }  // namespace
