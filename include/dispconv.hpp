@@ -286,22 +286,26 @@ DISPCONV_CHECKED_FRAME(strech_picture_1X2_yv12_ajust)
 // The other stretchers
 // ---------------------------------------------------------------------------------------------
 
+namespace detail {
+inline Result yuy2_2x2_check(dispconv_kernel k, const Region& src, std::int32_t width_bytes, std::int32_t height,
+                             const Surface& dst) {
+    dispconv_call c{};
+    c.kernel = k, c.width = width_bytes, c.height = height, c.dst_stride = dst.stride;
+    return check(c, {{DISPCONV_BUFFER_SRC_Y, &src}, {DISPCONV_BUFFER_DST, &dst.bytes}});
+}
+}  // namespace detail
+
 // A packed YUY2 frame of `width_bytes` bytes per row, rows back to back.
 inline Result yuy2_strech_picture_2X2_yuy2(Region src, std::int32_t width_bytes, std::int32_t height,
                                            const Surface& dst) {
-    dispconv_call c{};
-    c.kernel = DISPCONV_KERNEL_yuy2_strech_picture_2X2_yuy2;
-    c.width = width_bytes, c.height = height, c.dst_stride = dst.stride;
-    const Result r = detail::check(c, {{DISPCONV_BUFFER_SRC_Y, &src}, {DISPCONV_BUFFER_DST, &dst.bytes}});
+    const Result r = detail::yuy2_2x2_check(DISPCONV_KERNEL_yuy2_strech_picture_2X2_yuy2, src, width_bytes, height, dst);
     if (r) ::yuy2_strech_picture_2X2_yuy2(src.pointer(), nullptr, nullptr, dst.bytes.pointer(), width_bytes, height, dst.stride);
     return r;
 }
 inline Result yuy2_strech_picture_2X2_yuy2_ajust(Region src, std::int32_t width_bytes, std::int32_t height,
                                                  const Surface& dst) {
-    dispconv_call c{};
-    c.kernel = DISPCONV_KERNEL_yuy2_strech_picture_2X2_yuy2_ajust;
-    c.width = width_bytes, c.height = height, c.dst_stride = dst.stride;
-    const Result r = detail::check(c, {{DISPCONV_BUFFER_SRC_Y, &src}, {DISPCONV_BUFFER_DST, &dst.bytes}});
+    const Result r =
+        detail::yuy2_2x2_check(DISPCONV_KERNEL_yuy2_strech_picture_2X2_yuy2_ajust, src, width_bytes, height, dst);
     if (r)
         ::yuy2_strech_picture_2X2_yuy2_ajust(src.pointer(), nullptr, nullptr, dst.bytes.pointer(), width_bytes,
                                              height, dst.stride, nullptr);
