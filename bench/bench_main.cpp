@@ -1,6 +1,6 @@
 // dispconv benchmark: each kernel on every instruction set this CPU has, beside the closest
 // operation of libyuv and swscale and memcpy of the same output bytes, single thread, at
-// 720x480 and 1920x1080. Ends with a table of ratios (medians of the repetitions).
+// 720x480 and 1920x1080. Ends with a table of ratios (the fastest of the repetitions).
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -66,15 +66,16 @@ void add_copy(const std::string& group, int w, int h, double out_bytes) {
 
 namespace {
 
-// Collects the median time of every entry for the summary.
+// Collects the fastest repetition of every entry for the summary: on a shared machine the
+// other load only ever adds time, so the minimum is the steadiest estimate for every side.
 class SummaryReporter : public benchmark::ConsoleReporter {
   public:
-    std::map<std::string, double> median_ns;
+    std::map<std::string, double> fastest_ns;
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& r : runs)
-            if (r.run_type == Run::RT_Aggregate && r.aggregate_name == "median")
-                median_ns[r.run_name.function_name] = r.GetAdjustedRealTime() * 1e3;  // microseconds
+            if (r.run_type == Run::RT_Aggregate && r.aggregate_name == "min")
+                fastest_ns[r.run_name.function_name] = r.GetAdjustedRealTime() * 1e3;  // microseconds
     }
 };
 
@@ -88,14 +89,14 @@ void print_summary(const SummaryReporter& rep) {
     std::string last_group;
     for (const Entry& e : entries()) {
         if (e.kind != Kind::ours) continue;
-        auto it = rep.median_ns.find(key(e));
-        if (it == rep.median_ns.end()) continue;
+        auto it = rep.fastest_ns.find(key(e));
+        if (it == rep.fastest_ns.end()) continue;
         const double t = it->second / 1e3;
         double best_peer = 0, copy = 0;
         for (const Entry& o : entries()) {
             if (o.group != e.group || o.width != e.width || o.height != e.height) continue;
-            auto ot = rep.median_ns.find(key(o));
-            if (ot == rep.median_ns.end()) continue;
+            auto ot = rep.fastest_ns.find(key(o));
+            if (ot == rep.fastest_ns.end()) continue;
             const double ou = ot->second / 1e3;
             if (o.kind == Kind::peer && (best_peer == 0 || ou < best_peer)) best_peer = ou;
             if (o.kind == Kind::copy) copy = ou;
@@ -125,7 +126,12 @@ int main(int argc, char** argv) {
         auto run = e.run;
         benchmark::RegisterBenchmark(bench::key(e).c_str(), [run](benchmark::State& s) {
             for (auto _ : s) run();
-        })->Unit(benchmark::kMicrosecond)->Repetitions(5)->ReportAggregatesOnly(true)->MinTime(0.05);
+        })
+            ->Unit(benchmark::kMicrosecond)
+            ->Repetitions(5)
+            ->ReportAggregatesOnly(true)
+            ->MinTime(0.05)
+            ->ComputeStatistics("min", [](const std::vector<double>& v) { return *std::min_element(v.begin(), v.end()); });
     }
     benchmark::Initialize(&argc, argv);
     bench::SummaryReporter reporter;

@@ -22,5 +22,14 @@ inline const uint8_t* at(const void* p, ptrdiff_t offset) {
     return static_cast<const uint8_t*>(p) + offset;
 }
 
+// Whether runs of `bytes` written at a and b share a byte: then the stores must keep the
+// reference's block-by-block order. The distance is taken modulo the address space: on 32-bit
+// targets two rows of one surface may lie on either side of the 2 GiB line.
+inline bool runs_overlap(const uint8_t* a, const uint8_t* b, ptrdiff_t bytes) {
+    const uintptr_t d = reinterpret_cast<uintptr_t>(b) - reinterpret_cast<uintptr_t>(a);
+    const uintptr_t distance = d < uintptr_t(0) - d ? d : uintptr_t(0) - d;
+    return bytes > 0 && distance < uintptr_t(bytes);
+}
+
 }  // namespace
 }  // namespace dispconv

@@ -47,12 +47,22 @@ void loadimage_yv12(void* src_y, void* src_u, void* src_v, void* dst_, int32_t w
         const auto* s = static_cast<const uint8_t*>(src_y);
         uint8_t* d = dst;
         const uint32_t blocks = loop_count(width, 16);
-        const ptrdiff_t s_next = ptrdiff_t(blocks) * 16 + (2 * ptrdiff_t(src_stride) - width) +
-                                 (2 * ptrdiff_t(dst_stride) - width);
-        for (uint32_t pair = loop_count(height, 2); pair--; s += s_next, d += blocks * 16) {
-            for (uint32_t i = 0; i < blocks; ++i) {
-                V::copy(s + i * 16, d + i * 16, 16);
-                V::copy(s + width + i * 16, d + src_stride + i * 16, 16);
+        const ptrdiff_t run = ptrdiff_t(blocks) * 16;
+        const ptrdiff_t s_next = run + (2 * ptrdiff_t(src_stride) - width) + (2 * ptrdiff_t(dst_stride) - width);
+        const uint32_t pairs = loop_count(height, 2);
+        for (uint32_t pair = 0; pair < pairs; ++pair, s += s_next, d += run) {
+            if (src_stride == width && width > 0) {
+                // Both rows of a pair are then one run of width + run bytes, and the next pair
+                // rewrites all of it but its first `run` bytes: copy only what survives.
+                V::copy(s, d, int(pair + 1 < pairs ? run : width + run));
+            } else if (!runs_overlap(d, d + src_stride, run)) {
+                V::copy(s, d, int(run));
+                V::copy(s + width, d + src_stride, int(run));
+            } else {
+                for (uint32_t i = 0; i < blocks; ++i) {  // the rows overlap: keep the block order
+                    V::copy(s + i * 16, d + i * 16, 16);
+                    V::copy(s + width + i * 16, d + src_stride + i * 16, 16);
+                }
             }
         }
     }
@@ -66,10 +76,23 @@ void loadimage_yv12(void* src_y, void* src_u, void* src_v, void* dst_, int32_t w
     const int32_t chroma_width = width >> 1;
     const ptrdiff_t s_pitch = src_stride >> 1, d_pitch = dst_stride >> 1;
     const uint32_t blocks = loop_count(chroma_width, 8);
+    const ptrdiff_t run = ptrdiff_t(blocks) * 8;
     const ptrdiff_t s_next = drift_step(blocks, 8, chroma_width, src_stride);
     const ptrdiff_t d_next = drift_step(blocks, 8, chroma_width, dst_stride);
+    // The four rows a step writes: when no two share a byte, whole rows in turn give what the
+    // blocks in turn give (the distances are the same for every step).
+    const bool whole_rows = !runs_overlap(v_dst, v_dst + d_pitch, run) && !runs_overlap(v_dst, u_dst, run) &&
+                            !runs_overlap(v_dst, u_dst + d_pitch, run) && !runs_overlap(v_dst + d_pitch, u_dst, run) &&
+                            !runs_overlap(v_dst + d_pitch, u_dst + d_pitch, run);
     for (uint32_t pair = loop_count(height, 2); pair--;
          u_src += s_next, v_src += s_next, u_dst += d_next, v_dst += d_next) {
+        if (whole_rows) {
+            V::copy(u_src, u_dst, int(run));
+            V::copy(u_src + s_pitch, u_dst + d_pitch, int(run));
+            V::copy(v_src, v_dst, int(run));
+            V::copy(v_src + s_pitch, v_dst + d_pitch, int(run));
+            continue;
+        }
         for (uint32_t i = 0; i < blocks; ++i) {
             const ptrdiff_t x = ptrdiff_t(i) * 8;
             V::copy(u_src + x, u_dst + x, 8);

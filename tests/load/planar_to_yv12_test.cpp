@@ -1,4 +1,7 @@
 // Planar YV12 frames to one YV12 surface.
+#include <algorithm>
+#include <cstring>
+
 #include "load/frames.hpp"
 
 namespace dispconv::test {
@@ -57,6 +60,56 @@ TEST(LoadimageYv12, LumaKeepsItsOverlappingRowSteps) {
         EXPECT_EQ(dst[x], src[x]);
         EXPECT_EQ(dst[16 + x], src[48 + x]);
         EXPECT_EQ(dst[32 + x], src[64 + x]);
+    }
+}
+
+// The copy as described, one 16-byte (luma) or 8-byte (chroma) block at a time, rows in
+// turn: the kernel may copy whole rows or skip bytes a later pair rewrites, never differ.
+void yv12_copy_by_blocks(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst, int width,
+                         int height, int src_stride, int dst_stride) {
+    const int pairs = std::max(1, (height + 1) / 2), luma_blocks = std::max(1, (width + 15) / 16);
+    const uint8_t* s = y;
+    for (int p = 0; p < pairs; ++p, s += luma_blocks * 16 + 2 * (src_stride - width) + 2 * dst_stride) {
+        uint8_t* d = dst + p * luma_blocks * 16;
+        for (int i = 0; i < luma_blocks * 16; i += 16) {
+            std::memcpy(d + i, s + i, 16);
+            std::memcpy(d + src_stride + i, s + width + i, 16);
+        }
+    }
+    const int cw = width / 2, blocks = std::max(1, (cw + 7) / 8);
+    uint8_t* v_dst = dst + height * dst_stride - 1;
+    uint8_t* u_dst = v_dst + height * dst_stride / 4;
+    for (int p = 0; p < pairs; ++p) {
+        const int so = p * (blocks * 8 + src_stride - cw), dof = p * (blocks * 8 + dst_stride - cw);
+        for (int i = 0; i < blocks * 8; i += 8) {
+            std::memcpy(u_dst + dof + i, u + so + i, 8);
+            std::memcpy(u_dst + dof + dst_stride / 2 + i, u + so + src_stride / 2 + i, 8);
+            std::memcpy(v_dst + dof + i, v + so + i, 8);
+            std::memcpy(v_dst + dof + dst_stride / 2 + i, v + so + src_stride / 2 + i, 8);
+        }
+    }
+}
+
+TEST(LoadimageYv12, EqualsTheBlockByBlockCopy) {
+    struct Geometry {
+        int width, height, src_stride, dst_stride;
+    } const cases[] = {
+        {32, 6, 32, 32},   // source pitch = width: overlapping pairs, one run each
+        {40, 5, 40, 48},   // the same with the last block past the width, odd height
+        {32, 4, 48, 64},   // rows apart: two runs per pair
+        {40, 4, 44, 44},   // rows overlap (44 < 48): block by block
+        {24, 2, 24, 24},   // one pair: U rows land on V rows, chroma block by block
+        {40, 6, 40, 44},   // chroma rows of 24 bytes overlap (pitch 22)
+        {1920, 8, 1920, 1920},
+    };
+    for (const Geometry& g : cases) {
+        SCOPED_TRACE(::testing::Message() << g.width << "x" << g.height << " pitches " << g.src_stride << "/" << g.dst_stride);
+        const size_t n = size_t(g.width + 64) * (4 * g.height + 8) * 4;
+        Buffer y = random_buffer(n, 30), u = random_buffer(n, 31), v = random_buffer(n, 32);
+        Buffer want(n), got(n);
+        yv12_copy_by_blocks(y.data(), u.data(), v.data(), want.data(), g.width, g.height, g.src_stride, g.dst_stride);
+        loadimage_yv12(y.data(), u.data(), v.data(), got.data(), g.width, g.height, g.src_stride, g.dst_stride, nullptr);
+        EXPECT_TRUE(same_bytes(want, got));
     }
 }
 

@@ -38,29 +38,24 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
 
     // Blocks of 8 pixels are 16 bytes: two blocks fill one register, one per lane.
     template <class Adjust>
-    static void yuy2_pair_to_yuy2(const uint8_t* s0, const uint8_t* s1, uint8_t* d0, uint8_t* d1,
-                                  uint32_t blocks, const AdjustConstants& a) {
-        if (x86w::rows_overlap(d0, d1, ptrdiff_t(blocks) * 16)) return Base::template yuy2_pair_to_yuy2<Adjust>(s0, s1, d0, d1, blocks, a);
+    static void yuy2_row_to_yuy2(const uint8_t* luma, const uint8_t* chroma, uint8_t* d, uint32_t blocks,
+                                 const AdjustConstants& a) {
         const __m256i m = _mm256_set1_epi16(0x00FF);
         const __m256i zero = _mm256_setzero_si256(), top_byte = _mm256_set1_epi16(255);
         const x86w::Lanes l = x86w::lanes(a);
         const __m256i uv_offset = _mm256_unpacklo_epi16(l.u_offset, l.v_offset);
         auto clamp = [&](__m256i w) { return _mm256_max_epi16(_mm256_min_epi16(w, top_byte), zero); };
-        for (; blocks >= 2; blocks -= 2, s0 += 32, s1 += 32, d0 += 32, d1 += 32) {
-            const __m256i top = x86w::load32(s0), bottom = x86w::load32(s1);
+        for (; blocks >= 2; blocks -= 2, luma += 32, chroma += 32, d += 32) {
+            const __m256i c = x86w::load32(chroma), y = x86w::load32(luma);
             if constexpr (Adjust::enabled) {
-                const __m256i c = clamp(x86w::adjust_words(_mm256_srli_epi16(top, 8), l.chroma_gain, uv_offset));
-                const __m256i y0 = clamp(x86w::adjust_words(_mm256_and_si256(top, m), l.luma_gain, l.luma_offset));
-                const __m256i y1 = clamp(x86w::adjust_words(_mm256_and_si256(bottom, m), l.luma_gain, l.luma_offset));
-                const __m256i cs = _mm256_slli_epi16(c, 8);
-                x86w::store32(d0, _mm256_or_si256(y0, cs));
-                x86w::store32(d1, _mm256_or_si256(y1, cs));
+                const __m256i ca = clamp(x86w::adjust_words(_mm256_srli_epi16(c, 8), l.chroma_gain, uv_offset));
+                const __m256i ya = clamp(x86w::adjust_words(_mm256_and_si256(y, m), l.luma_gain, l.luma_offset));
+                x86w::store32(d, _mm256_or_si256(ya, _mm256_slli_epi16(ca, 8)));
             } else {
-                x86w::store32(d0, top);
-                x86w::store32(d1, _mm256_or_si256(_mm256_and_si256(bottom, m), _mm256_andnot_si256(m, top)));
+                x86w::store32(d, _mm256_or_si256(_mm256_and_si256(y, m), _mm256_andnot_si256(m, c)));
             }
         }
-        if (blocks) Base::template yuy2_pair_to_yuy2<Adjust>(s0, s1, d0, d1, 1, a);
+        if (blocks) Base::template yuy2_row_to_yuy2<Adjust>(luma, chroma, d, 1, a);
     }
 
     template <class Format, class Adjust>

@@ -1,6 +1,7 @@
 // The SSE2 vocabulary: the portable one with its hot operations replaced.
 #pragma once
 
+#include "core/geometry.hpp"
 #include "simd/generic/load_rows.hpp"
 #include "simd/portable.hpp"
 #include "simd/x86/sse2_mix.hpp"
@@ -85,20 +86,33 @@ struct Sse2LoadRows : LoadRows<V> {
     template <class Adjust>
     static void yuy2_pair_to_yuy2(const uint8_t* s0, const uint8_t* s1, uint8_t* d0, uint8_t* d1,
                                   uint32_t blocks, const AdjustConstants& a) {
+        // One row after the other unless the rows share bytes: stores to two rows in step are
+        // markedly slower than a row at a time.
+        if (!runs_overlap(d0, d1, ptrdiff_t(blocks) * 16)) {
+            if constexpr (Adjust::enabled) V::template yuy2_row_to_yuy2<Adjust>(s0, s0, d0, blocks, a);
+            else std::memcpy(d0, s0, size_t(blocks) * 16);
+            return V::template yuy2_row_to_yuy2<Adjust>(s1, s0, d1, blocks, a);
+        }
+        for (uint32_t i = 0; i < blocks; ++i, s0 += 16, s1 += 16, d0 += 16, d1 += 16) {
+            V::template yuy2_row_to_yuy2<Adjust>(s0, s0, d0, 1, a);
+            V::template yuy2_row_to_yuy2<Adjust>(s1, s0, d1, 1, a);
+        }
+    }
+
+    // One YUY2 row from the luma of one source row and the chroma of another, blocks of 8 pixels.
+    template <class Adjust>
+    static void yuy2_row_to_yuy2(const uint8_t* luma, const uint8_t* chroma, uint8_t* d, uint32_t blocks,
+                                 const AdjustConstants& a) {
         const __m128i m = x86::low_bytes_mask();
         const x86::AdjustLanes l = x86::adjust_lanes(a.luma_gain, a.chroma_gain, a.luma_offset, a.u_offset, a.v_offset);
-        for (uint32_t i = 0; i < blocks; ++i, s0 += 16, s1 += 16, d0 += 16, d1 += 16) {
-            const __m128i top = x86::load16(s0), bottom = x86::load16(s1);
+        for (uint32_t i = 0; i < blocks; ++i, luma += 16, chroma += 16, d += 16) {
+            const __m128i c = x86::load16(chroma), y = x86::load16(luma);
             if constexpr (Adjust::enabled) {
-                const __m128i c = x86::clamp_words(x86::adjust_words(_mm_srli_epi16(top, 8), l.chroma_gain, l.uv_offset));
-                const __m128i y0 = x86::clamp_words(x86::adjust_words(_mm_and_si128(top, m), l.luma_gain, l.luma_offset));
-                const __m128i y1 = x86::clamp_words(x86::adjust_words(_mm_and_si128(bottom, m), l.luma_gain, l.luma_offset));
-                const __m128i cs = _mm_slli_epi16(c, 8);
-                x86::store16(d0, _mm_or_si128(y0, cs));
-                x86::store16(d1, _mm_or_si128(y1, cs));
+                const __m128i ca = x86::clamp_words(x86::adjust_words(_mm_srli_epi16(c, 8), l.chroma_gain, l.uv_offset));
+                const __m128i ya = x86::clamp_words(x86::adjust_words(_mm_and_si128(y, m), l.luma_gain, l.luma_offset));
+                x86::store16(d, _mm_or_si128(ya, _mm_slli_epi16(ca, 8)));
             } else {
-                x86::store16(d0, top);
-                x86::store16(d1, _mm_or_si128(_mm_and_si128(bottom, m), _mm_andnot_si128(m, top)));
+                x86::store16(d, _mm_or_si128(_mm_and_si128(y, m), _mm_andnot_si128(m, c)));
             }
         }
     }
