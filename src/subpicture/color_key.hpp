@@ -29,6 +29,10 @@ void fill_color_key(const uint8_t* pattern, int pattern_bytes, void* surface, in
     const ptrdiff_t row_bytes = ptrdiff_t(blocks) * block_bytes;
     // Rows that share bytes keep the block-by-block order, which decides the overlap's bytes.
     const bool apart = stride >= row_bytes || -ptrdiff_t(stride) >= row_bytes;
+    // Rows back to back (whole blocks, pitch = row): the surface is one run.
+    const ptrdiff_t surface_bytes = 2 * ptrdiff_t(loop_count(height, 2)) * row_bytes;
+    if (stride == row_bytes && row_bytes == ptrdiff_t(width) * bpp && surface_bytes <= INT32_MAX)
+        return V::fill_pattern(row, pattern, pattern_bytes, int(surface_bytes));
     for (uint32_t pair = loop_count(height, 2); pair--; row += row_bytes + next) {
         if (apart) {
             V::fill_pattern(row, pattern, pattern_bytes, row_bytes);

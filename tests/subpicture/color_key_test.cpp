@@ -34,6 +34,8 @@ TEST(ColorKey, Fills) {
         {"rgb32 height 3", LoadColorKeyRgb32, 4, 0x11223344, 32, 3, 136, rgb32_group},
         {"rgb32 width 20", LoadColorKeyRgb32, 4, 0x11223344, 20, 4, 160, rgb32_group},
         {"rgb32 width 0", LoadColorKeyRgb32, 4, 0x11223344, 0, 2, 64, rgb32_group},
+        {"rgb32 rows back to back", LoadColorKeyRgb32, 4, 0x11223344, 32, 5, 128, rgb32_group},
+        {"rgb24 rows back to back", LoadColorKeyRgb24, 3, 0x00CCBBAA, 32, 3, 96, rgb24_group},
         {"rgb16", LoadColorKeyRgb16, 2, 0x12345678, 16, 2, 40, {0x78, 0x56}},
         {"rgb16 width 40", LoadColorKeyRgb16, 2, 0x0000F81F, 40, 6, 100, {0x1F, 0xF8}},
         {"rgb24", LoadColorKeyRgb24, 3, 0x00CCBBAA, 32, 2, 100, rgb24_group},

@@ -97,7 +97,9 @@ struct Avx2Subpicture : Sse2Subpicture {
     static void fill_pattern(uint8_t* dst, const uint8_t* pattern, int pattern_bytes, int n) {
         using namespace subpicture_avx2;
         int i = 0;
-        if (pattern_bytes == 8) {
+        if (pattern_bytes == 8 && std::memcmp(pattern, pattern + 4, 4) == 0) {
+            return Sse2Subpicture::fill_pattern(dst, pattern, pattern_bytes, n);
+        } else if (pattern_bytes == 8) {
             int64_t word;
             std::memcpy(&word, pattern, 8);
             const __m256i p = _mm256_set1_epi64x(word);

@@ -251,7 +251,16 @@ struct Sse2Subpicture : PortableSubpicture {
     static void fill_pattern(uint8_t* dst, const uint8_t* pattern, int pattern_bytes, int n) {
         using namespace x86;
         int i = 0;
-        if (pattern_bytes == 8) {
+        if (pattern_bytes == 8 && std::memcmp(pattern, pattern + 4, 4) == 0) {
+            // A key that repeats every 4 bytes: a string store measured faster than vector
+            // stores here.
+            uint32_t word;
+            std::memcpy(&word, pattern, 4);
+            size_t words = size_t(n) / 4;
+            uint8_t* d = dst;
+            asm volatile("rep stosl" : "+D"(d), "+c"(words) : "a"(word) : "memory");
+            i = n & ~3;
+        } else if (pattern_bytes == 8) {
             const __m128i p = _mm_unpacklo_epi64(load8(pattern), load8(pattern));
             for (; i + 16 <= n; i += 16) store16(dst + i, p);
         } else if (pattern_bytes == 24) {
