@@ -70,12 +70,12 @@ struct Avx2Mix : Sse2Mix {
         if (count == 2) plain = plain && !x86w::rows_overlap(dst[0], dst[1], ptrdiff_t(blocks) * block_bytes);
         if (!plain) return sse2_rows(rows, count, blocks, dst);
         const x86w::Lanes l = x86w::lanes(a);
-        uint32_t i = 0;
-        for (; i + 2 <= blocks; i += 2) {
-            const ptrdiff_t at = ptrdiff_t(i) * block;
-            for (int r = 0; r < count; ++r) {
-                uint8_t* d = dst[r] + ptrdiff_t(i) * block_bytes;
-                store(d, d + block_bytes, x86m::mix_adjust_2_blocks(rows[r], at, l));
+        // A row at a time: stores to two rows in step are markedly slower.
+        const uint32_t i = blocks & ~1u;
+        for (int r = 0; r < count; ++r) {
+            for (uint32_t j = 0; j < i; j += 2) {
+                uint8_t* d = dst[r] + ptrdiff_t(j) * block_bytes;
+                store(d, d + block_bytes, x86m::mix_adjust_2_blocks(rows[r], ptrdiff_t(j) * block, l));
             }
         }
         if (i < blocks) {
