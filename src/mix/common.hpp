@@ -43,34 +43,9 @@ struct HalfYuy2Output {
     static bool select_layout(const MIX_INFO*, Rgb16Layout&) { return true; }
 
     template <class V>
-    static void block(const MixRow& s, const AdjustConstants& a, uint8_t* dst) {
-        constexpr int out = mix_block / 2;
-        uint8_t fy[out], fu[out / 2], fv[out / 2], alpha[out], sy[out], su[out / 2], sv[out / 2];
-        V::keep_odd(s.frame_y, fy, out);
-        V::keep_odd(s.frame_u, fu, out / 2);
-        V::keep_odd(s.frame_v, fv, out / 2);
-        V::keep_odd(s.alpha, alpha, out);
-        V::keep_odd(s.sub_y, sy, out);
-        V::keep_odd(s.sub_u, su, out / 2);
-        V::keep_odd(s.sub_v, sv, out / 2);
-        // The chroma pair's weight is the alpha of its second (odd) output pixel.
-        uint8_t w[out / 2], y[out], u[out / 2], v[out / 2];
-        V::keep_odd(alpha, w, out / 2);
-        V::mix(fy, sy, alpha, y, out);
-        V::mix(fu, su, w, u, out / 2);
-        V::mix(fv, sv, w, v, out / 2);
-        V::adjust(y, y, out, a.luma_gain, a.luma_offset);
-        V::adjust(u, u, out / 2, a.chroma_gain, a.u_offset);
-        V::adjust(v, v, out / 2, a.chroma_gain, a.v_offset);
-        V::join_yuy2(y, u, v, dst, out);
-    }
-
-    template <class V>
     static void rows(const MixRow* s, int count, uint32_t blocks, const AdjustConstants& a,
                      const Rgb16Layout&, uint8_t* const* dst) {
-        for (uint32_t i = 0; i < blocks; ++i)
-            for (int r = 0; r < count; ++r)
-                block<V>(s[r].advanced(ptrdiff_t(i) * mix_block), a, dst[r] + ptrdiff_t(i) * block_bytes);
+        V::mix_half_yuy2_rows(s, count, blocks, a, dst);
     }
 };
 

@@ -88,6 +88,35 @@ struct PortableMix {
             }
     }
 
+    // `count` rows of `blocks` blocks each into half-width YUY2 (8 pixels out of 16): only the
+    // odd samples are kept, and a chroma pair's weight is the alpha of its second output pixel.
+    // Same store order as mix_yuy2_rows.
+    static void mix_half_yuy2_rows(const MixRow* rows, int count, uint32_t blocks,
+                                   const AdjustConstants& a, uint8_t* const* dst) {
+        constexpr int out = block / 2;
+        for (uint32_t i = 0; i < blocks; ++i)
+            for (int r = 0; r < count; ++r) {
+                const MixRow s = rows[r].advanced(ptrdiff_t(i) * block);
+                uint8_t fy[out], fu[out / 2], fv[out / 2], alpha[out], sy[out], su[out / 2], sv[out / 2];
+                PortableLoad::keep_odd(s.frame_y, fy, out);
+                PortableLoad::keep_odd(s.frame_u, fu, out / 2);
+                PortableLoad::keep_odd(s.frame_v, fv, out / 2);
+                PortableLoad::keep_odd(s.alpha, alpha, out);
+                PortableLoad::keep_odd(s.sub_y, sy, out);
+                PortableLoad::keep_odd(s.sub_u, su, out / 2);
+                PortableLoad::keep_odd(s.sub_v, sv, out / 2);
+                uint8_t w[out / 2], y[out], u[out / 2], v[out / 2];
+                PortableLoad::keep_odd(alpha, w, out / 2);
+                mix(fy, sy, alpha, y, out);
+                mix(fu, su, w, u, out / 2);
+                mix(fv, sv, w, v, out / 2);
+                PortableCore::adjust(y, y, out, a.luma_gain, a.luma_offset);
+                PortableCore::adjust(u, u, out / 2, a.chroma_gain, a.u_offset);
+                PortableCore::adjust(v, v, out / 2, a.chroma_gain, a.v_offset);
+                PortableCore::join_yuy2(y, u, v, dst[r] + ptrdiff_t(i) * out * 2, out);
+            }
+    }
+
     // The same into an RGB format, after the conversion of the mixed, adjusted samples.
     template <class Format, bool PairAverage>
     static void mix_rgb_rows(const MixRow* rows, int count, uint32_t blocks,

@@ -45,6 +45,26 @@ inline void store_yuy2(uint8_t* block0, uint8_t* block1, const Mixed& m) {
     x86w::store_lanes(block0, block1, lo, hi);
 }
 
+// Two half-mixer blocks, one per lane, as x86::mix_half_block computes one (not at a row start).
+inline __m256i mix_half_2_blocks(const MixRow& s, ptrdiff_t at, const x86w::Lanes& l) {
+    const __m256i zero = _mm256_setzero_si256();
+    const ptrdiff_t half = at / 2;
+    auto odd_chroma = [half](const uint8_t* p) {  // each block's 8 chroma bytes into its lane
+        const __m256i c = _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + half)));
+        return _mm256_srli_epi16(_mm256_permute4x64_epi64(c, 0x10), 8);
+    };
+    const __m256i alpha = _mm256_srli_epi16(x86w::load32(s.alpha + at), 8);
+    const __m256i w = _mm256_packs_epi32(_mm256_srli_epi32(alpha, 16), zero);
+    const __m256i y = mix_words_narrowed(_mm256_srli_epi16(x86w::load32(s.frame_y + at), 8),
+                                         _mm256_srli_epi16(x86w::load32(s.sub_y + at), 8), alpha);
+    const __m256i u = mix_words_narrowed(odd_chroma(s.frame_u), odd_chroma(s.sub_u), w);
+    const __m256i v = mix_words_narrowed(odd_chroma(s.frame_v), odd_chroma(s.sub_v), w);
+    const __m256i y8 = _mm256_packus_epi16(x86w::adjust_words(y, l.luma_gain, l.luma_offset), zero);
+    const __m256i u8 = _mm256_packus_epi16(x86w::adjust_words(u, l.chroma_gain, l.u_offset), zero);
+    const __m256i v8 = _mm256_packus_epi16(x86w::adjust_words(v, l.chroma_gain, l.v_offset), zero);
+    return _mm256_unpacklo_epi8(y8, _mm256_unpacklo_epi8(u8, v8));
+}
+
 // Lane 0's 16 pixels stored at block0, lane 1's right after them.
 template <class Format>
 inline void store_rgb(uint8_t* block0, const Mixed& m, const x86::Rgb16Lanes& layout) {
@@ -90,6 +110,23 @@ struct Avx2Mix : Sse2Mix {
         two_block_rows(rows, count, blocks, a, dst, 2 * block,
                        [](uint8_t* b0, uint8_t* b1, const x86m::Mixed& m) { x86m::store_yuy2(b0, b1, m); },
                        [&a](const MixRow* r, int n, uint32_t b, uint8_t* const* d) { Sse2Mix::mix_yuy2_rows(r, n, b, a, d); });
+    }
+
+    static void mix_half_yuy2_rows(const MixRow* rows, int count, uint32_t blocks, const AdjustConstants& a,
+                                   uint8_t* const* dst) {
+        if (blocks < 3 || (count == 2 && x86w::rows_overlap(dst[0], dst[1], ptrdiff_t(blocks) * block)))
+            return Sse2Mix::mix_half_yuy2_rows(rows, count, blocks, a, dst);
+        const x86w::Lanes l = x86w::lanes(a);
+        const x86::AdjustLanes l1 = x86::adjust_lanes(a);
+        for (int r = 0; r < count; ++r) {
+            // The first block alone (its first chroma byte stays unread), then pairs.
+            x86::store16(dst[r], x86::mix_half_block<true>(rows[r], 0, l1));
+            uint32_t i = 1;
+            for (; i + 2 <= blocks; i += 2)
+                x86w::store32(dst[r] + ptrdiff_t(i) * block, x86m::mix_half_2_blocks(rows[r], ptrdiff_t(i) * block, l));
+            if (i < blocks)
+                x86::store16(dst[r] + ptrdiff_t(i) * block, x86::mix_half_block<false>(rows[r], ptrdiff_t(i) * block, l1));
+        }
     }
 
     template <class Format, bool PairAverage>

@@ -1,6 +1,9 @@
 // SSE2 operations of the mix kernels; anything not replaced here is the portable one.
 #pragma once
 
+#include <cstring>
+
+#include "core/geometry.hpp"
 #include "simd/portable/mix.hpp"
 #include "simd/x86/sse2_ops.hpp"
 
@@ -54,6 +57,32 @@ inline MixedBlock mix_adjust_block(const MixRow& s, ptrdiff_t at, const AdjustLa
             _mm_packus_epi16(ua, ua), _mm_packus_epi16(va, va)};
 }
 
+// The half mixer's block: the odd pixels of 16 mixed and adjusted into 8 YUY2 pixels, each
+// chroma pair weighted by the alpha of its second output pixel. The block at a row's start
+// leaves the first chroma byte unread: the kernel never uses it.
+template <bool RowStart>
+inline __m128i mix_half_block(const MixRow& s, ptrdiff_t at, const AdjustLanes& l) {
+    const __m128i zero = _mm_setzero_si128();
+    const ptrdiff_t half = at / 2;
+    auto odd_chroma = [half](const uint8_t* p) {  // as words 0..3
+        if constexpr (RowStart) {
+            uint8_t b[8] = {};
+            std::memcpy(b + 1, p + half + 1, 7);
+            return _mm_srli_epi16(load8(b), 8);
+        }
+        return _mm_srli_epi16(load8(p + half), 8);
+    };
+    const __m128i alpha = _mm_srli_epi16(load16(s.alpha + at), 8);
+    const __m128i w = _mm_packs_epi32(_mm_srli_epi32(alpha, 16), zero);
+    const __m128i y = mix_words_narrowed(_mm_srli_epi16(load16(s.frame_y + at), 8), _mm_srli_epi16(load16(s.sub_y + at), 8), alpha);
+    const __m128i u = mix_words_narrowed(odd_chroma(s.frame_u), odd_chroma(s.sub_u), w);
+    const __m128i v = mix_words_narrowed(odd_chroma(s.frame_v), odd_chroma(s.sub_v), w);
+    const __m128i y8 = _mm_packus_epi16(adjust_words(y, l.luma_gain, l.luma_offset), zero);
+    const __m128i u8 = _mm_packus_epi16(adjust_words(u, l.chroma_gain, l.u_offset), zero);
+    const __m128i v8 = _mm_packus_epi16(adjust_words(v, l.chroma_gain, l.v_offset), zero);
+    return _mm_unpacklo_epi8(y8, _mm_unpacklo_epi8(u8, v8));
+}
+
 inline AdjustLanes adjust_lanes(const AdjustConstants& a) {
     return adjust_lanes(a.luma_gain, a.chroma_gain, a.luma_offset, a.u_offset, a.v_offset);
 }
@@ -84,6 +113,23 @@ struct Sse2Mix : PortableMix {
                 x86::join_yuy2_16(dst[r] + 2 * at, m.y, m.u, m.v);
             }
         }
+    }
+
+    // Rows one after the other where they share no byte (stores to two rows in step are
+    // slower), else block by block as the reference stores.
+    static void mix_half_yuy2_rows(const MixRow* rows, int count, uint32_t blocks, const AdjustConstants& a,
+                                   uint8_t* const* dst) {
+        const x86::AdjustLanes l = x86::adjust_lanes(a);
+        auto mix_block = [&](int r, uint32_t i) {
+            const ptrdiff_t at = ptrdiff_t(i) * block;
+            x86::store16(dst[r] + at, i ? x86::mix_half_block<false>(rows[r], at, l) : x86::mix_half_block<true>(rows[r], 0, l));
+        };
+        if (count == 2 && runs_overlap(dst[0], dst[1], ptrdiff_t(blocks) * block)) {
+            for (uint32_t i = 0; i < blocks; ++i) mix_block(0, i), mix_block(1, i);
+            return;
+        }
+        for (int r = 0; r < count; ++r)
+            for (uint32_t i = 0; i < blocks; ++i) mix_block(r, i);
     }
 
     template <class Format, bool PairAverage>
