@@ -123,6 +123,7 @@ void mix_rgb_interlaced(const MIX_INFO* info) {
     const uint8_t* sub_u = info->sub_u;
     const uint8_t* sub_v = info->sub_v;
     uint8_t* out = info->image;
+    uint32_t across = 1;  // blocks per row of a group: one strip, or all of them
     auto group = [&](const FieldRowPlan* plan, bool) {
         MixRow rows[4];
         uint8_t* dst[4];
@@ -133,7 +134,7 @@ void mix_rgb_interlaced(const MIX_INFO* info) {
                                 sub_v + r * sub_chroma_pitch);
             dst[r] = out + r * image_stride;
         }
-        Out::template rows<V>(rows, 4, 1, a, layout, dst);
+        Out::template rows<V>(rows, 4, across, a, layout, dst);
         luma += 2 * frame_stride;
         frame_u += frame_stride >> 1;
         frame_v += frame_stride >> 1;
@@ -143,7 +144,18 @@ void mix_rgb_interlaced(const MIX_INFO* info) {
         sub_v += 4 * sub_chroma_pitch;
         out += 4 * image_stride;
     };
-    for (uint32_t strip = loop_count(info->width, mix_block); strip--;) {
+    const uint32_t strips = loop_count(info->width, mix_block);
+    // When every strip ends exactly `height` rows of each plane down (whole groups, a frame
+    // pitch that the chroma eighths divide) and no two output rows share a byte, each strip
+    // is a column of one picture: the groups can go across all strips at once, same bytes.
+    const ptrdiff_t out_row = ptrdiff_t(strips) * Out::block_bytes;
+    if (height >= 4 && height % 4 == 0 && frame_stride % 8 == 0 &&
+        (image_stride >= out_row || -image_stride >= out_row)) {
+        across = strips;
+        for_each_group(height, group);
+        return;
+    }
+    for (uint32_t strip = strips; strip--;) {
         for_each_group(height, group);
         // Back up by `height` rows of each plane's per-output-row distance, then one strip right.
         luma += mix_block - ptrdiff_t(height) * (frame_stride >> 1);

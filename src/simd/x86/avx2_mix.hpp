@@ -18,22 +18,33 @@ inline __m256i mix_words_narrowed(__m256i frame, __m256i sub, __m256i alpha) {
     const __m256i t = _mm256_adds_epi16(_mm256_mullo_epi16(frame, w), _mm256_mullo_epi16(sub, alpha));
     return _mm256_min_epi16(_mm256_srli_epi16(t, 4), _mm256_set1_epi16(255));
 }
-// Two consecutive blocks of one progressive row (no frame averaging), mixed with odd-pixel
-// chroma weights and adjusted: y as 16 bytes per lane, u and v as 8 bytes in each lane's low half.
+// Two consecutive blocks of one row, mixed and adjusted: y as 16 bytes per lane, u and v as 8
+// bytes in each lane's low half. Frame planes with a `below` row are read as the rounded
+// average of the two rows; chroma weights are the odd pixel's alpha or, with PairAverage, the
+// rounded average of the pair's alphas.
 struct Mixed {
     __m256i y, u, v;
 };
+template <bool PairAverage>
 inline Mixed mix_adjust_2_blocks(const MixRow& s, ptrdiff_t at, const x86w::Lanes& l) {
     const __m256i zero = _mm256_setzero_si256();
     const ptrdiff_t half = at / 2;
-    const __m256i fy = x86w::load32(s.frame_y + at), sy = x86w::load32(s.sub_y + at), alpha = x86w::load32(s.alpha + at);
-    const __m256i w = _mm256_srli_epi16(alpha, 8);
+    auto chroma = [half](const uint8_t* p, const uint8_t* below) {
+        __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + half));
+        if (below) c = _mm_avg_epu8(c, _mm_loadu_si128(reinterpret_cast<const __m128i*>(below + half)));
+        return _mm256_cvtepu8_epi16(c);
+    };
+    __m256i fy = x86w::load32(s.frame_y + at);
+    if (s.frame_y_below) fy = _mm256_avg_epu8(fy, x86w::load32(s.frame_y_below + at));
+    const __m256i sy = x86w::load32(s.sub_y + at), alpha = x86w::load32(s.alpha + at);
+    const __m256i odd = _mm256_srli_epi16(alpha, 8);
+    const __m256i w = PairAverage ? _mm256_avg_epu16(_mm256_and_si256(alpha, _mm256_set1_epi16(0x00FF)), odd) : odd;
     const __m256i y_lo = mix_words_narrowed(_mm256_unpacklo_epi8(fy, zero), _mm256_unpacklo_epi8(sy, zero),
                                             _mm256_unpacklo_epi8(alpha, zero));
     const __m256i y_hi = mix_words_narrowed(_mm256_unpackhi_epi8(fy, zero), _mm256_unpackhi_epi8(sy, zero),
                                             _mm256_unpackhi_epi8(alpha, zero));
-    const __m256i u = mix_words_narrowed(x86w::chroma_pair_words(s.frame_u + half), x86w::chroma_pair_words(s.sub_u + half), w);
-    const __m256i v = mix_words_narrowed(x86w::chroma_pair_words(s.frame_v + half), x86w::chroma_pair_words(s.sub_v + half), w);
+    const __m256i u = mix_words_narrowed(chroma(s.frame_u, s.frame_u_below), chroma(s.sub_u, nullptr), w);
+    const __m256i v = mix_words_narrowed(chroma(s.frame_v, s.frame_v_below), chroma(s.sub_v, nullptr), w);
     const __m256i ua = x86w::adjust_words(u, l.chroma_gain, l.u_offset), va = x86w::adjust_words(v, l.chroma_gain, l.v_offset);
     return {_mm256_packus_epi16(x86w::adjust_words(y_lo, l.luma_gain, l.luma_offset), x86w::adjust_words(y_hi, l.luma_gain, l.luma_offset)),
             _mm256_packus_epi16(ua, ua), _mm256_packus_epi16(va, va)};
@@ -79,35 +90,34 @@ namespace dispconv::simd {
 namespace {
 
 struct Avx2Mix : Sse2Mix {
-    // Progressive rows (no frame averaging), two blocks at a time; anything else, a block left
-    // over, or rows that overlap go the SSE2 way.
-    template <class Store>
+    // Up to four rows, two blocks at a time, a row after the other (stores to rows in step are
+    // markedly slower); a block left over goes the SSE2 way, and so do rows that share bytes,
+    // whose stores must keep the reference's block-by-block order.
+    template <bool PairAverage, class Store>
     static void two_block_rows(const MixRow* rows, int count, uint32_t blocks, const AdjustConstants& a,
                                uint8_t* const* dst, int block_bytes, Store&& store, auto&& sse2_rows) {
-        bool plain = count <= 2;
-        for (int r = 0; r < count && plain; ++r)
-            plain = !rows[r].frame_y_below && !rows[r].frame_u_below && !rows[r].frame_v_below;
-        if (count == 2) plain = plain && !x86w::rows_overlap(dst[0], dst[1], ptrdiff_t(blocks) * block_bytes);
-        if (!plain) return sse2_rows(rows, count, blocks, dst);
+        const ptrdiff_t row_bytes = ptrdiff_t(blocks) * block_bytes;
+        for (int r = 0; r < count; ++r)
+            for (int q = r + 1; q < count; ++q)
+                if (x86w::rows_overlap(dst[r], dst[q], row_bytes)) return sse2_rows(rows, count, blocks, dst);
         const x86w::Lanes l = x86w::lanes(a);
-        // A row at a time: stores to two rows in step are markedly slower.
-        const uint32_t i = blocks & ~1u;
+        const uint32_t pairs_end = blocks & ~1u;
         for (int r = 0; r < count; ++r) {
-            for (uint32_t j = 0; j < i; j += 2) {
+            for (uint32_t j = 0; j < pairs_end; j += 2) {
                 uint8_t* d = dst[r] + ptrdiff_t(j) * block_bytes;
-                store(d, d + block_bytes, x86m::mix_adjust_2_blocks(rows[r], ptrdiff_t(j) * block, l));
+                store(d, d + block_bytes, x86m::mix_adjust_2_blocks<PairAverage>(rows[r], ptrdiff_t(j) * block, l));
             }
-        }
-        if (i < blocks) {
-            const MixRow rest[2] = {rows[0].advanced(ptrdiff_t(i) * block), rows[count - 1].advanced(ptrdiff_t(i) * block)};
-            uint8_t* const rest_dst[2] = {dst[0] + ptrdiff_t(i) * block_bytes, dst[count - 1] + ptrdiff_t(i) * block_bytes};
-            sse2_rows(rest, count, 1u, rest_dst);
+            if (pairs_end < blocks) {
+                const MixRow rest = rows[r].advanced(ptrdiff_t(pairs_end) * block);
+                uint8_t* const rest_dst = dst[r] + ptrdiff_t(pairs_end) * block_bytes;
+                sse2_rows(&rest, 1, 1u, &rest_dst);
+            }
         }
     }
 
     static void mix_yuy2_rows(const MixRow* rows, int count, uint32_t blocks, const AdjustConstants& a,
                               uint8_t* const* dst) {
-        two_block_rows(rows, count, blocks, a, dst, 2 * block,
+        two_block_rows<false>(rows, count, blocks, a, dst, 2 * block,
                        [](uint8_t* b0, uint8_t* b1, const x86m::Mixed& m) { x86m::store_yuy2(b0, b1, m); },
                        [&a](const MixRow* r, int n, uint32_t b, uint8_t* const* d) { Sse2Mix::mix_yuy2_rows(r, n, b, a, d); });
     }
@@ -135,14 +145,10 @@ struct Avx2Mix : Sse2Mix {
         auto sse2_rows = [&a, &layout](const MixRow* r, int n, uint32_t b, uint8_t* const* d) {
             Sse2Mix::mix_rgb_rows<Format, PairAverage>(r, n, b, a, layout, d);
         };
-        if constexpr (PairAverage) {
-            sse2_rows(rows, count, blocks, dst);
-        } else {
-            const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
-            two_block_rows(rows, count, blocks, a, dst, block * Format::bytes_per_pixel,
-                           [&lanes](uint8_t* b0, uint8_t*, const x86m::Mixed& m) { x86m::store_rgb<Format>(b0, m, lanes); },
-                           sse2_rows);
-        }
+        const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
+        two_block_rows<PairAverage>(rows, count, blocks, a, dst, block * Format::bytes_per_pixel,
+                                    [&lanes](uint8_t* b0, uint8_t*, const x86m::Mixed& m) { x86m::store_rgb<Format>(b0, m, lanes); },
+                                    sse2_rows);
     }
 };
 
