@@ -3,8 +3,6 @@
 // passes; no pointer field moves.
 #pragma once
 
-#include <algorithm>
-
 #include "mix/common.hpp"
 
 namespace dispconv::kernels {
@@ -23,35 +21,6 @@ struct PlanePass {
     ptrdiff_t frame_below;  // the field row below, for the interpolated rows
 };
 
-// Mixes one row of `samples` samples. Chroma rows take the odd alphas of an alpha run twice as
-// long; interpolated rows mix the rounded average of the frame row and the one below it.
-template <class V, class Adjust, bool Chroma>
-void mix_plane_row(const uint8_t* frame, const uint8_t* frame_below, const uint8_t* sub,
-                   const uint8_t* alpha, uint8_t* out, uint32_t samples, int16_t gain,
-                   int16_t offset) {
-    constexpr uint32_t chunk = 64;
-    for (uint32_t i = 0; i < samples; i += chunk) {
-        const int n = static_cast<int>(std::min(chunk, samples - i));
-        uint8_t weights[chunk], averaged[chunk], mixed[chunk];
-        const uint8_t* w = alpha + i;
-        if constexpr (Chroma) {
-            V::keep_odd(alpha + 2 * i, weights, n);
-            w = weights;
-        }
-        const uint8_t* f = frame + i;
-        if (frame_below) {
-            V::average(f, frame_below + i, averaged, n);
-            f = averaged;
-        }
-        if constexpr (Adjust::enabled) {
-            V::mix(f, sub + i, w, mixed, n);
-            V::adjust(mixed, out + i, n, gain, offset);
-        } else {
-            V::mix(f, sub + i, w, out + i, n);
-        }
-    }
-}
-
 // Progressive passes move every position on after each row; field passes produce output rows
 // in pairs, the second the average of the field row and the next, and move the frame on only
 // after the pair.
@@ -59,8 +28,8 @@ template <class V, class Adjust, bool Chroma, bool Field>
 void plane_pass(PlanePass p, uint32_t rows, uint32_t samples, int16_t gain, int16_t offset) {
     for (uint32_t row = 0; row < rows; ++row) {
         const bool interpolated = Field && (row & 1);
-        mix_plane_row<V, Adjust, Chroma>(p.frame, interpolated ? p.frame + p.frame_below : nullptr,
-                                         p.sub, p.alpha, p.out, samples, gain, offset);
+        V::template mix_plane_row<Adjust, Chroma>(p.frame, interpolated ? p.frame + p.frame_below : nullptr,
+                                                  p.sub, p.alpha, p.out, samples, gain, offset);
         if (!Field || interpolated) p.frame += p.frame_next;
         p.sub += p.sub_next;
         p.alpha += p.alpha_next;

@@ -88,6 +88,36 @@ struct PortableMix {
             }
     }
 
+    // One row of `samples` samples of a YV12 plane mixed (then adjusted, with Adjust). Chroma
+    // rows take the odd alphas of an alpha run twice as long; with `frame_below` the frame
+    // sample is the rounded average of the row and the one below it.
+    template <class Adjust, bool Chroma>
+    static void mix_plane_row(const uint8_t* frame, const uint8_t* frame_below, const uint8_t* sub,
+                              const uint8_t* alpha, uint8_t* out, uint32_t samples, int16_t gain,
+                              int16_t offset) {
+        constexpr uint32_t chunk = 64;
+        for (uint32_t i = 0; i < samples; i += chunk) {
+            const int n = static_cast<int>(samples - i < chunk ? samples - i : chunk);
+            uint8_t weights[chunk], averaged[chunk], mixed[chunk];
+            const uint8_t* w = alpha + i;
+            if constexpr (Chroma) {
+                PortableLoad::keep_odd(alpha + 2 * i, weights, n);
+                w = weights;
+            }
+            const uint8_t* f = frame + i;
+            if (frame_below) {
+                PortableCore::average(f, frame_below + i, averaged, n);
+                f = averaged;
+            }
+            if constexpr (Adjust::enabled) {
+                mix(f, sub + i, w, mixed, n);
+                PortableCore::adjust(mixed, out + i, n, gain, offset);
+            } else {
+                mix(f, sub + i, w, out + i, n);
+            }
+        }
+    }
+
     // `count` rows of `blocks` blocks each into half-width YUY2 (8 pixels out of 16): only the
     // odd samples are kept, and a chroma pair's weight is the alpha of its second output pixel.
     // Same store order as mix_yuy2_rows.

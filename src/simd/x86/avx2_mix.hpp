@@ -122,6 +122,35 @@ struct Avx2Mix : Sse2Mix {
                        [&a](const MixRow* r, int n, uint32_t b, uint8_t* const* d) { Sse2Mix::mix_yuy2_rows(r, n, b, a, d); });
     }
 
+    template <class Adjust, bool Chroma>
+    static void mix_plane_row(const uint8_t* frame, const uint8_t* frame_below, const uint8_t* sub,
+                              const uint8_t* alpha, uint8_t* out, uint32_t samples, int16_t gain,
+                              int16_t offset) {
+        const __m256i g = _mm256_set1_epi16(gain), o = _mm256_set1_epi16(offset), zero = _mm256_setzero_si256();
+        uint32_t i = 0;
+        for (; i + 32 <= samples; i += 32) {
+            __m256i f = x86w::load32(frame + i);
+            if (frame_below) f = _mm256_avg_epu8(f, x86w::load32(frame_below + i));
+            __m256i w;
+            if constexpr (Chroma) {
+                const __m256i odd = _mm256_packus_epi16(_mm256_srli_epi16(x86w::load32(alpha + 2 * i), 8),
+                                                        _mm256_srli_epi16(x86w::load32(alpha + 2 * i + 32), 8));
+                w = _mm256_permute4x64_epi64(odd, 0xD8);  // the packs interleave the two loads' lanes
+            } else {
+                w = x86w::load32(alpha + i);
+            }
+            const __m256i sb = x86w::load32(sub + i);
+            __m256i m = _mm256_packus_epi16(
+                x86m::mix_words_narrowed(_mm256_unpacklo_epi8(f, zero), _mm256_unpacklo_epi8(sb, zero), _mm256_unpacklo_epi8(w, zero)),
+                x86m::mix_words_narrowed(_mm256_unpackhi_epi8(f, zero), _mm256_unpackhi_epi8(sb, zero), _mm256_unpackhi_epi8(w, zero)));
+            if constexpr (Adjust::enabled) m = x86w::adjust_bytes(m, g, o);
+            x86w::store32(out + i, m);
+        }
+        if (i < samples)
+            Sse2Mix::mix_plane_row<Adjust, Chroma>(frame + i, frame_below ? frame_below + i : nullptr, sub + i,
+                                                   alpha + (Chroma ? 2 * i : i), out + i, samples - i, gain, offset);
+    }
+
     static void mix_half_yuy2_rows(const MixRow* rows, int count, uint32_t blocks, const AdjustConstants& a,
                                    uint8_t* const* dst) {
         if (blocks < 3 || (count == 2 && x86w::rows_overlap(dst[0], dst[1], ptrdiff_t(blocks) * block)))

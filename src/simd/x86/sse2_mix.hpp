@@ -115,6 +115,35 @@ struct Sse2Mix : PortableMix {
         }
     }
 
+    template <class Adjust, bool Chroma>
+    static void mix_plane_row(const uint8_t* frame, const uint8_t* frame_below, const uint8_t* sub,
+                              const uint8_t* alpha, uint8_t* out, uint32_t samples, int16_t gain,
+                              int16_t offset) {
+        using namespace x86;
+        const __m128i g = _mm_set1_epi16(gain), o = _mm_set1_epi16(offset);
+        // 16 samples, or (Half) 8 in the low half.
+        auto step = [&]<bool Half>(uint32_t i) {
+            auto load = [](const uint8_t* p) { return Half ? load8(p) : load16(p); };
+            __m128i f = load(frame + i);
+            if (frame_below) f = _mm_avg_epu8(f, load(frame_below + i));
+            __m128i w;
+            if constexpr (Chroma)
+                w = _mm_packus_epi16(_mm_srli_epi16(load16(alpha + 2 * i), 8),
+                                     Half ? _mm_setzero_si128() : _mm_srli_epi16(load16(alpha + 2 * i + 16), 8));
+            else
+                w = load(alpha + i);
+            __m128i m = mix_bytes(f, load(sub + i), w);
+            if constexpr (Adjust::enabled) m = adjust_bytes(m, g, o);
+            return m;
+        };
+        uint32_t i = 0;
+        for (; i + 16 <= samples; i += 16) store16(out + i, step.template operator()<false>(i));
+        if (i + 8 <= samples) store8(out + i, step.template operator()<true>(i)), i += 8;
+        if (i < samples)
+            PortableMix::mix_plane_row<Adjust, Chroma>(frame + i, frame_below ? frame_below + i : nullptr, sub + i,
+                                                       alpha + (Chroma ? 2 * i : i), out + i, samples - i, gain, offset);
+    }
+
     // Rows one after the other where they share no byte (stores to two rows in step are
     // slower), else block by block as the reference stores.
     static void mix_half_yuy2_rows(const MixRow* rows, int count, uint32_t blocks, const AdjustConstants& a,
