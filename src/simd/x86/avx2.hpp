@@ -126,6 +126,31 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
         }
         if (blocks) Base::planar_row_to_yuy2_adjusted(y, u, v, d, 1, a);
     }
+
+    static void planar_row_to_half_yuy2(const uint8_t* y, const uint8_t* u, const uint8_t* v,
+                                        uint8_t* d, uint32_t blocks, const AdjustConstants& a) {
+        const x86w::Lanes l = x86w::lanes(a);
+        const __m256i m = _mm256_set1_epi16(0x00FF), zero = _mm256_setzero_si256();
+        auto pairs = [&m](__m256i x) { return _mm256_avg_epu16(_mm256_and_si256(x, m), _mm256_srli_epi16(x, 8)); };
+        // Each block's 8 chroma bytes into the low half of its lane.
+        auto chroma = [](const uint8_t* p) { return _mm256_permute4x64_epi64(_mm256_castsi128_si256(x86::load16(p)), 0x10); };
+        for (; blocks >= 2; blocks -= 2, y += 32, u += 16, v += 16, d += 32) {
+            const __m256i ya = _mm256_packus_epi16(x86w::adjust_words(pairs(x86w::load32(y)), l.luma_gain, l.luma_offset), zero);
+            const __m256i ua = _mm256_packus_epi16(x86w::adjust_words(pairs(chroma(u)), l.chroma_gain, l.u_offset), zero);
+            const __m256i va = _mm256_packus_epi16(x86w::adjust_words(pairs(chroma(v)), l.chroma_gain, l.v_offset), zero);
+            x86w::store32(d, _mm256_unpacklo_epi8(ya, _mm256_unpacklo_epi8(ua, va)));
+        }
+        if (blocks) Base::planar_row_to_half_yuy2(y, u, v, d, 1, a);
+    }
+
+    static void keep_odd_adjusted(const uint8_t* src, uint8_t* dst, int out_count, int16_t gain, int16_t offset) {
+        const __m256i g = _mm256_set1_epi16(gain), o = _mm256_set1_epi16(offset);
+        auto odd = [&](const uint8_t* p) { return x86w::adjust_words(_mm256_srli_epi16(x86w::load32(p), 8), g, o); };
+        int i = 0;
+        for (; i + 32 <= out_count; i += 32)  // the pack interleaves the two loads' lanes
+            x86w::store32(dst + i, _mm256_permute4x64_epi64(_mm256_packus_epi16(odd(src + 2 * i), odd(src + 2 * i + 32)), 0xD8));
+        if (i < out_count) Base::keep_odd_adjusted(src + 2 * i, dst + i, out_count - i, gain, offset);
+    }
 };
 
 struct Avx2;

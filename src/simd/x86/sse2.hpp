@@ -175,6 +175,33 @@ struct Sse2LoadRows : LoadRows<V> {
                               x86::adjust_bytes(x86::load8(u), l.chroma_gain, l.u_offset),
                               x86::adjust_bytes(x86::load8(v), l.chroma_gain, l.v_offset));
     }
+
+    // Half width: each block's 16 pixels averaged in pairs, adjusted, 8 YUY2 pixels out.
+    static void planar_row_to_half_yuy2(const uint8_t* y, const uint8_t* u, const uint8_t* v,
+                                        uint8_t* d, uint32_t blocks, const AdjustConstants& a) {
+        const x86::AdjustLanes l = x86::adjust_lanes(a.luma_gain, a.chroma_gain, a.luma_offset, a.u_offset, a.v_offset);
+        const __m128i m = x86::low_bytes_mask(), zero = _mm_setzero_si128();
+        auto pairs = [&m](__m128i x) { return _mm_avg_epu16(_mm_and_si128(x, m), _mm_srli_epi16(x, 8)); };
+        for (uint32_t i = 0; i < blocks; ++i, y += 16, u += 8, v += 8, d += 16) {
+            const __m128i ya = _mm_packus_epi16(x86::adjust_words(pairs(x86::load16(y)), l.luma_gain, l.luma_offset), zero);
+            const __m128i ua = _mm_packus_epi16(x86::adjust_words(pairs(x86::load8(u)), l.chroma_gain, l.u_offset), zero);
+            const __m128i va = _mm_packus_epi16(x86::adjust_words(pairs(x86::load8(v)), l.chroma_gain, l.v_offset), zero);
+            x86::store16(d, _mm_unpacklo_epi8(ya, _mm_unpacklo_epi8(ua, va)));
+        }
+    }
+
+    // The odd samples of 2 * out_count bytes (a multiple of 8), adjusted.
+    static void keep_odd_adjusted(const uint8_t* src, uint8_t* dst, int out_count, int16_t gain, int16_t offset) {
+        const __m128i g = _mm_set1_epi16(gain), o = _mm_set1_epi16(offset);
+        auto odd = [&](const uint8_t* p) { return x86::adjust_words(_mm_srli_epi16(x86::load16(p), 8), g, o); };
+        int i = 0;
+        for (; i + 16 <= out_count; i += 16) x86::store16(dst + i, _mm_packus_epi16(odd(src + 2 * i), odd(src + 2 * i + 16)));
+        if (i + 8 <= out_count) {
+            const __m128i w = odd(src + 2 * i);
+            x86::store8(dst + i, _mm_packus_epi16(w, w)), i += 8;
+        }
+        if (i < out_count) LoadRows<V>::keep_odd_adjusted(src + 2 * i, dst + i, out_count - i, gain, offset);
+    }
 };
 
 struct Sse2;
