@@ -115,14 +115,51 @@ constexpr ShuffleTable shuffle_table(F source_of, int lane1_offset = 0) {
         }
     return t;
 }
+template <class F>
+constexpr ShuffleTable lane_shuffle_table(F source_of) {
+    ShuffleTable t{};
+    for (int lane = 0; lane < 2; ++lane)
+        for (int i = 0; i < 16; ++i) t.bytes[16 * lane + i] = static_cast<int8_t>(source_of(lane, i));
+    return t;
+}
 inline __m256i load_table(const ShuffleTable& t) { return _mm256_load_si256(reinterpret_cast<const __m256i*>(t.bytes)); }
 
-// Words of the chroma bytes at `first`..`first + 3` of each lane (plus lane1_offset in lane 1),
-// each repeated for the two pixels of its pair.
-template <int first, int lane1_offset>
-inline __m256i pair_words(__m256i bytes) {
-    static constexpr ShuffleTable t = shuffle_table([](int i) { return i & 1 ? -1 : first + i / 4; }, lane1_offset);
-    return _mm256_shuffle_epi8(bytes, load_table(t));
+// Which of 32 pixels (two blocks) each word of the lo and hi word vectors holds. The
+// arithmetic is per pixel, so any placement gives the same bytes; each destination format
+// takes the one its stores need the fewest lane crossings for.
+enum class Spread {
+    blocks,  // lane k: block k (lo its first 8 pixels, hi its last 8)
+    octets,  // lo: pixels 0..15, hi: 16..31, 8 per lane
+    quads,   // lo lane 0: 0..3 and 8..11, lane 1: 4..7 and 12..15; hi the same plus 16
+};
+template <class Format>
+constexpr Spread spread_for = Format::bytes_per_pixel == 3 ? Spread::blocks
+                              : Format::bytes_per_pixel == 2 ? Spread::octets : Spread::quads;
+constexpr int pixel_at(Spread s, int half, int lane, int word) {
+    return s == Spread::blocks ? 16 * lane + 8 * half + word
+         : s == Spread::octets ? 16 * half + 8 * lane + word
+                               : 16 * half + 4 * lane + (word < 4 ? word : word + 4);
+}
+
+// 32 luma bytes as the byte vector whose low (high) 8 bytes per lane widen to the lo (hi) words.
+template <Spread s>
+inline __m256i spread_luma(__m256i y) {
+    if constexpr (s == Spread::octets) return _mm256_permute4x64_epi64(y, 0xD8);
+    else if constexpr (s == Spread::quads) return _mm256_permutevar8x32_epi32(y, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
+    else return y;
+}
+// The 16 chroma bytes of 32 pixels (in both lanes) as words, each repeated for its pixel pair.
+template <Spread s, int half>
+inline __m256i spread_chroma(__m256i both) {
+    static constexpr ShuffleTable t = lane_shuffle_table([](int lane, int i) { return i & 1 ? -1 : pixel_at(s, half, lane, i / 2) / 2; });
+    return _mm256_shuffle_epi8(both, load_table(t));
+}
+// 64 bytes of packed YUY2 (32 pixels) as the lo or hi vector: word w the pixel's (Y, chroma).
+template <Spread s, int half>
+inline __m256i spread_yuy2(const uint8_t* p) {
+    if constexpr (s == Spread::blocks) return load_lanes(p + 16 * half, p + 32 + 16 * half);
+    else if constexpr (s == Spread::octets) return load32(p + 32 * half);
+    else return _mm256_permute4x64_epi64(load32(p + 32 * half), 0xD8);
 }
 
 // From 8 packed YUY2 pixels per lane: the chroma bytes at `first`, first + 4, ... as words,
@@ -176,6 +213,31 @@ inline void store_rgb_2x16(uint8_t* d, const RgbVectors& c, const x86::Rgb16Lane
         store32(d, _mm256_permute2x128_si256(p0, p1, 0x20));
         store32(d + 32, _mm256_permute2x128_si256(p2, p0, 0x30));
         store32(d + 64, _mm256_permute2x128_si256(p1, p2, 0x31));
+    }
+}
+
+// 32 pixels placed as spread_for<Format> stored in a destination format.
+template <class Format>
+inline void store_rgb_spread(uint8_t* d, const RgbVectors& c, const x86::Rgb16Lanes& l) {
+    if constexpr (Format::bytes_per_pixel == 3) {
+        store_rgb_2x16<Format>(d, c, l);
+    } else if constexpr (Format::bytes_per_pixel == 2) {
+        const __m256i zero = _mm256_setzero_si256();
+        const __m256i r = _mm256_and_si256(c.r, _mm256_broadcastsi128_si256(l.r_mask));
+        const __m256i g = _mm256_and_si256(c.g, _mm256_broadcastsi128_si256(l.g_mask));
+        const __m256i b = _mm256_and_si256(c.b, _mm256_broadcastsi128_si256(l.b_mask));
+        store32(d, _mm256_or_si256(_mm256_or_si256(_mm256_unpacklo_epi8(zero, r), _mm256_sll_epi16(_mm256_unpacklo_epi8(g, zero), l.g_shift)),
+                                   _mm256_srl_epi16(_mm256_unpacklo_epi8(b, zero), l.b_shift)));
+        store32(d + 32, _mm256_or_si256(_mm256_or_si256(_mm256_unpackhi_epi8(zero, r), _mm256_sll_epi16(_mm256_unpackhi_epi8(g, zero), l.g_shift)),
+                                        _mm256_srl_epi16(_mm256_unpackhi_epi8(b, zero), l.b_shift)));
+    } else {
+        const __m256i zero = _mm256_setzero_si256();
+        const __m256i bg_lo = _mm256_unpacklo_epi8(c.b, c.g), bg_hi = _mm256_unpackhi_epi8(c.b, c.g);
+        const __m256i r0_lo = _mm256_unpacklo_epi8(c.r, zero), r0_hi = _mm256_unpackhi_epi8(c.r, zero);
+        store32(d, _mm256_unpacklo_epi16(bg_lo, r0_lo));
+        store32(d + 32, _mm256_unpackhi_epi16(bg_lo, r0_lo));
+        store32(d + 64, _mm256_unpacklo_epi16(bg_hi, r0_hi));
+        store32(d + 96, _mm256_unpackhi_epi16(bg_hi, r0_hi));
     }
 }
 
