@@ -17,23 +17,26 @@ template <class V>
 struct Avx2LoadRows : Sse2LoadRows<V> {
     using Base = Sse2LoadRows<V>;
 
+    // Two rows of 32 pixels sharing chroma, placed as x86w::spread_for<Format>: lumas as words,
+    // U and V as words repeated for each pixel pair.
     template <class Format, class Adjust>
-    static void rgb_pair_2x16(__m256i y0, __m256i y1, __m256i u, __m256i v, uint8_t* d0, uint8_t* d1,
+    static void rgb_pair_2x16(__m256i y0_lo, __m256i y0_hi, __m256i y1_lo, __m256i y1_hi, __m256i u_lo,
+                              __m256i u_hi, __m256i v_lo, __m256i v_hi, uint8_t* d0, uint8_t* d1,
                               const x86w::Lanes& l, const x86::Rgb16Lanes& layout) {
-        // u and v hold each block's chroma as words in its lane.
-        __m256i u8, v8;
         if constexpr (Adjust::enabled) {
-            u8 = x86w::adjust_chroma_words(u, l.chroma_gain, l.u_offset);
-            v8 = x86w::adjust_chroma_words(v, l.chroma_gain, l.v_offset);
-            y0 = x86w::adjust_bytes(y0, l.luma_gain, l.luma_offset);
-            y1 = x86w::adjust_bytes(y1, l.luma_gain, l.luma_offset);
-        } else {
-            u8 = _mm256_packus_epi16(u, u);
-            v8 = _mm256_packus_epi16(v, v);
+            // Adjusted words clamped as the narrowing to bytes would.
+            const __m256i zero = _mm256_setzero_si256(), top = _mm256_set1_epi16(255);
+            auto adj = [&](__m256i w, __m256i gain, __m256i offset) {
+                return _mm256_max_epi16(_mm256_min_epi16(x86w::adjust_words(w, gain, offset), top), zero);
+            };
+            u_lo = adj(u_lo, l.chroma_gain, l.u_offset), u_hi = adj(u_hi, l.chroma_gain, l.u_offset);
+            v_lo = adj(v_lo, l.chroma_gain, l.v_offset), v_hi = adj(v_hi, l.chroma_gain, l.v_offset);
+            y0_lo = adj(y0_lo, l.luma_gain, l.luma_offset), y0_hi = adj(y0_hi, l.luma_gain, l.luma_offset);
+            y1_lo = adj(y1_lo, l.luma_gain, l.luma_offset), y1_hi = adj(y1_hi, l.luma_gain, l.luma_offset);
         }
-        const x86w::ChromaWords c = x86w::chroma_words(u8, v8);
-        x86w::store_rgb_2x16<Format>(d0, x86w::luma_to_rgb(y0, c), layout);
-        x86w::store_rgb_2x16<Format>(d1, x86w::luma_to_rgb(y1, c), layout);
+        const x86w::ChromaWords c = x86w::pixel_chroma_words(u_lo, u_hi, v_lo, v_hi);
+        x86w::store_rgb_spread<Format>(d0, x86w::luma_words_to_rgb(y0_lo, y0_hi, c), layout);
+        x86w::store_rgb_spread<Format>(d1, x86w::luma_words_to_rgb(y1_lo, y1_hi, c), layout);
     }
 
     // Blocks of 8 pixels are 16 bytes: two blocks fill one register, one per lane.
@@ -67,9 +70,16 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
             return Base::template planar_pair_to_rgb<Format, Adjust>(y0, y1, u, v, d0, d1, blocks, a, layout);
         const x86w::Lanes l = x86w::lanes(a);
         const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
-        for (; blocks >= 2; blocks -= 2, y0 += 32, y1 += 32, u += 16, v += 16, d0 += step, d1 += step)
-            rgb_pair_2x16<Format, Adjust>(x86w::load32(y0), x86w::load32(y1), x86w::chroma_pair_words(u),
-                                          x86w::chroma_pair_words(v), d0, d1, l, lanes);
+        constexpr x86w::Spread spread = x86w::spread_for<Format>;
+        const __m256i zero = _mm256_setzero_si256();
+        for (; blocks >= 2; blocks -= 2, y0 += 32, y1 += 32, u += 16, v += 16, d0 += step, d1 += step) {
+            const __m256i uu = _mm256_broadcastsi128_si256(x86::load16(u)), vv = _mm256_broadcastsi128_si256(x86::load16(v));
+            const __m256i top = x86w::spread_luma<spread>(x86w::load32(y0)), bottom = x86w::spread_luma<spread>(x86w::load32(y1));
+            rgb_pair_2x16<Format, Adjust>(_mm256_unpacklo_epi8(top, zero), _mm256_unpackhi_epi8(top, zero),
+                                          _mm256_unpacklo_epi8(bottom, zero), _mm256_unpackhi_epi8(bottom, zero),
+                                          x86w::spread_chroma<spread, 0>(uu), x86w::spread_chroma<spread, 1>(uu),
+                                          x86w::spread_chroma<spread, 0>(vv), x86w::spread_chroma<spread, 1>(vv), d0, d1, l, lanes);
+        }
         if (blocks) Base::template planar_pair_to_rgb<Format, Adjust>(y0, y1, u, v, d0, d1, 1, a, layout);
     }
 
@@ -82,16 +92,15 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
         const x86w::Lanes l = x86w::lanes(a);
         const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
         const __m256i m = _mm256_set1_epi16(0x00FF);
+        constexpr x86w::Spread spread = x86w::spread_for<Format>;
         for (; blocks >= 2; blocks -= 2, s0 += 64, s1 += 64, d0 += step, d1 += step) {
-            // Lane k of each load holds block k's first (a) or second (b) 16 bytes.
-            const __m256i a0 = _mm256_permute2x128_si256(x86w::load32(s0), x86w::load32(s0 + 32), 0x20);
-            const __m256i b0 = _mm256_permute2x128_si256(x86w::load32(s0), x86w::load32(s0 + 32), 0x31);
-            const __m256i a1 = _mm256_permute2x128_si256(x86w::load32(s1), x86w::load32(s1 + 32), 0x20);
-            const __m256i b1 = _mm256_permute2x128_si256(x86w::load32(s1), x86w::load32(s1 + 32), 0x31);
-            const __m256i y0 = _mm256_packus_epi16(_mm256_and_si256(a0, m), _mm256_and_si256(b0, m));
-            const __m256i y1 = _mm256_packus_epi16(_mm256_and_si256(a1, m), _mm256_and_si256(b1, m));
-            const __m256i c = _mm256_packus_epi16(_mm256_srli_epi16(a0, 8), _mm256_srli_epi16(b0, 8));
-            rgb_pair_2x16<Format, Adjust>(y0, y1, _mm256_and_si256(c, m), _mm256_srli_epi16(c, 8), d0, d1, l, lanes);
+            const __m256i a0 = x86w::spread_yuy2<spread, 0>(s0), b0 = x86w::spread_yuy2<spread, 1>(s0);
+            const __m256i a1 = x86w::spread_yuy2<spread, 0>(s1), b1 = x86w::spread_yuy2<spread, 1>(s1);
+            // Y U Y V: U at bytes 1, 5, 9, 13 and V at 3, 7, 11, 15.
+            rgb_pair_2x16<Format, Adjust>(_mm256_and_si256(a0, m), _mm256_and_si256(b0, m), _mm256_and_si256(a1, m),
+                                          _mm256_and_si256(b1, m), x86w::yuy2_chroma_words<1>(a0),
+                                          x86w::yuy2_chroma_words<1>(b0), x86w::yuy2_chroma_words<3>(a0),
+                                          x86w::yuy2_chroma_words<3>(b0), d0, d1, l, lanes);
         }
         if (blocks) Base::template yuy2_pair_to_rgb<Format, Adjust>(s0, s1, d0, d1, 1, a, layout);
     }

@@ -98,19 +98,12 @@ inline Rgb32Vectors to_rgb32(const RgbVectors& c) {
             _mm_unpacklo_epi16(bg_hi, r0_hi), _mm_unpackhi_epi16(bg_hi, r0_hi)};
 }
 
+#if defined(__SSSE3__)
 // Four B, G, R, 0 pixels to their 12 B, G, R bytes in the low part of the vector.
 inline __m128i compact_rgb24(__m128i p) {
-#if defined(__SSSE3__)
     return _mm_shuffle_epi8(p, _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
-#else
-    const __m128i m0 = _mm_setr_epi32(0x00FFFFFF, 0, 0, 0);
-    const __m128i m1 = _mm_setr_epi32(static_cast<int>(0xFF000000), 0x0000FFFF, 0, 0);
-    const __m128i m2 = _mm_setr_epi32(0, static_cast<int>(0xFFFF0000), 0x000000FF, 0);
-    const __m128i m3 = _mm_setr_epi32(0, 0, static_cast<int>(0xFFFFFF00), 0);
-    return _mm_or_si128(_mm_or_si128(_mm_and_si128(p, m0), _mm_and_si128(_mm_srli_si128(p, 1), m1)),
-                        _mm_or_si128(_mm_and_si128(_mm_srli_si128(p, 2), m2), _mm_and_si128(_mm_srli_si128(p, 3), m3)));
-#endif
 }
+#endif
 
 inline void store_rgb24_16(uint8_t* d, const Rgb32Vectors& p) {
 #if defined(__SSSE3__)
@@ -120,9 +113,9 @@ inline void store_rgb24_16(uint8_t* d, const Rgb32Vectors& p) {
     store16(d + 16, _mm_or_si128(_mm_srli_si128(c1, 4), _mm_slli_si128(c2, 8)));
     store16(d + 32, _mm_or_si128(_mm_srli_si128(c2, 8), _mm_slli_si128(c3, 4)));
 #else
-    // Pixel pairs 2k, 2k + 1 squeezed to 6 bytes per 64-bit half, with halves holding pairs k
-    // and k + 4; then the output's 64-bit words (pairs every 24 bytes repeat) by 64-bit shifts,
-    // which leave the byte-shuffle unit free.
+    // Pixel pairs 2k, 2k + 1 squeezed to 6 bytes per 64-bit half, the halves holding pairs k
+    // and k + 4; the output's 64-bit words (the pattern repeats every 24 bytes) then come from
+    // 64-bit shifts, which leave the byte-shuffle unit free.
     const __m128i low3 = _mm_set1_epi64x(0x0000000000FFFFFF), next3 = _mm_set1_epi64x(0x0000FFFFFF000000);
     auto squeeze = [&](__m128i q) {
         return _mm_or_si128(_mm_and_si128(q, low3), _mm_and_si128(_mm_srli_epi64(q, 8), next3));
