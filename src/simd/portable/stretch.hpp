@@ -1,12 +1,43 @@
 // Portable vocabulary operations used only by the stretch kernels.
 #pragma once
 
+#include "core/adjust.hpp"
 #include "simd/portable/core.hpp"
 
 namespace dispconv::simd {
 namespace {
 
 struct PortableStretch {
+    // The four RGB rows of one source pair of the double-height stretch: luma rows top, avg(top,
+    // bottom), bottom, avg(bottom, next) over chroma c0, c0, avg(c0, c1), avg(c0, c1), every
+    // sample adjusted before it is averaged. The last pair passes next = bottom and c1 = c0,
+    // which averages to the plain copies it needs. `pixels` is a multiple of 16.
+    template <class Format>
+    static void rgb_double_rows(const uint8_t* top, const uint8_t* bottom, const uint8_t* next,
+                                const uint8_t* u0, const uint8_t* u1, const uint8_t* v0,
+                                const uint8_t* v1, uint8_t* const dst[4], int pixels,
+                                const AdjustConstants& a, const Rgb16Layout& layout) {
+        constexpr int n = 16, bpp = Format::bytes_per_pixel;
+        for (int i = 0; i < pixels; i += n) {
+            uint8_t y[3][n], y_mid[n], u[2][n / 2], v[2][n / 2], u_mid[n / 2], v_mid[n / 2];
+            PortableCore::adjust(top + i, y[0], n, a.luma_gain, a.luma_offset);
+            PortableCore::adjust(bottom + i, y[1], n, a.luma_gain, a.luma_offset);
+            PortableCore::adjust(next + i, y[2], n, a.luma_gain, a.luma_offset);
+            PortableCore::adjust(u0 + i / 2, u[0], n / 2, a.chroma_gain, a.u_offset);
+            PortableCore::adjust(u1 + i / 2, u[1], n / 2, a.chroma_gain, a.u_offset);
+            PortableCore::adjust(v0 + i / 2, v[0], n / 2, a.chroma_gain, a.v_offset);
+            PortableCore::adjust(v1 + i / 2, v[1], n / 2, a.chroma_gain, a.v_offset);
+            PortableCore::average(u[0], u[1], u_mid, n / 2);
+            PortableCore::average(v[0], v[1], v_mid, n / 2);
+            PortableCore::yuv_to_rgb_store<Format>(y[0], u[0], v[0], n, dst[0] + i * bpp, layout);
+            PortableCore::average(y[0], y[1], y_mid, n);
+            PortableCore::yuv_to_rgb_store<Format>(y_mid, u[0], v[0], n, dst[1] + i * bpp, layout);
+            PortableCore::yuv_to_rgb_store<Format>(y[1], u_mid, v_mid, n, dst[2] + i * bpp, layout);
+            PortableCore::average(y[1], y[2], y_mid, n);
+            PortableCore::yuv_to_rgb_store<Format>(y_mid, u_mid, v_mid, n, dst[3] + i * bpp, layout);
+        }
+    }
+
     // The four-row filter (-1, 5, 5, -1) / 8 over four runs of n bytes; the output lies
     // between rows b and c.
     static void filter4(const uint8_t* a, const uint8_t* b, const uint8_t* c, const uint8_t* d,

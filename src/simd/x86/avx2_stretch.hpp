@@ -84,6 +84,38 @@ inline __m128i edge_interpolate_16(const Around& a, const Around& b) {
 }  // namespace x86sw
 
 struct Avx2Stretch : Sse2Stretch {
+    // Two 16-pixel blocks per step, one per lane; an odd block is left to the SSE2 loop.
+    template <class Format>
+    static void rgb_double_rows(const uint8_t* top, const uint8_t* bottom, const uint8_t* next,
+                                const uint8_t* u0, const uint8_t* u1, const uint8_t* v0,
+                                const uint8_t* v1, uint8_t* const dst[4], int pixels,
+                                const AdjustConstants& a, const Rgb16Layout& layout) {
+        constexpr int bpp = Format::bytes_per_pixel;
+        const x86w::Lanes l = x86w::lanes(a);
+        const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
+        int i = 0;
+        for (; i + 32 <= pixels; i += 32) {
+            const __m256i ya = x86w::adjust_bytes(x86w::load32(top + i), l.luma_gain, l.luma_offset);
+            const __m256i yb = x86w::adjust_bytes(x86w::load32(bottom + i), l.luma_gain, l.luma_offset);
+            const __m256i yc = x86w::adjust_bytes(x86w::load32(next + i), l.luma_gain, l.luma_offset);
+            const __m256i ua = x86w::adjust_chroma_words(x86w::chroma_pair_words(u0 + i / 2), l.chroma_gain, l.u_offset);
+            const __m256i ub = x86w::adjust_chroma_words(x86w::chroma_pair_words(u1 + i / 2), l.chroma_gain, l.u_offset);
+            const __m256i va = x86w::adjust_chroma_words(x86w::chroma_pair_words(v0 + i / 2), l.chroma_gain, l.v_offset);
+            const __m256i vb = x86w::adjust_chroma_words(x86w::chroma_pair_words(v1 + i / 2), l.chroma_gain, l.v_offset);
+            const x86w::ChromaWords c0 = x86w::chroma_words(ua, va);
+            const x86w::ChromaWords c1 = x86w::chroma_words(_mm256_avg_epu8(ua, ub), _mm256_avg_epu8(va, vb));
+            x86w::store_rgb_2x16<Format>(dst[0] + i * bpp, x86w::luma_to_rgb(ya, c0), lanes);
+            x86w::store_rgb_2x16<Format>(dst[1] + i * bpp, x86w::luma_to_rgb(_mm256_avg_epu8(ya, yb), c0), lanes);
+            x86w::store_rgb_2x16<Format>(dst[2] + i * bpp, x86w::luma_to_rgb(yb, c1), lanes);
+            x86w::store_rgb_2x16<Format>(dst[3] + i * bpp, x86w::luma_to_rgb(_mm256_avg_epu8(yb, yc), c1), lanes);
+        }
+        if (i < pixels) {
+            uint8_t* const rest[4] = {dst[0] + i * bpp, dst[1] + i * bpp, dst[2] + i * bpp, dst[3] + i * bpp};
+            Sse2Stretch::rgb_double_rows<Format>(top + i, bottom + i, next + i, u0 + i / 2, u1 + i / 2, v0 + i / 2,
+                                                 v1 + i / 2, rest, pixels - i, a, layout);
+        }
+    }
+
     static void filter4(const uint8_t* a, const uint8_t* b, const uint8_t* c, const uint8_t* d, uint8_t* dst, int n) {
         int i = 0;
         for (; i + 32 <= n; i += 32)

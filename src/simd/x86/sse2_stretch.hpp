@@ -91,6 +91,33 @@ inline __m128i edge_interpolate_8(const Around& a, const Around& b) {
 }  // namespace x86s
 
 struct Sse2Stretch : PortableStretch {
+    // One pass per 16 pixels: each source block is loaded and adjusted once, each chroma
+    // conversion serves two rows.
+    template <class Format>
+    static void rgb_double_rows(const uint8_t* top, const uint8_t* bottom, const uint8_t* next,
+                                const uint8_t* u0, const uint8_t* u1, const uint8_t* v0,
+                                const uint8_t* v1, uint8_t* const dst[4], int pixels,
+                                const AdjustConstants& a, const Rgb16Layout& layout) {
+        constexpr int bpp = Format::bytes_per_pixel;
+        const x86::AdjustLanes l = x86::adjust_lanes(a.luma_gain, a.chroma_gain, a.luma_offset, a.u_offset, a.v_offset);
+        const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
+        for (int i = 0; i < pixels; i += 16) {
+            const __m128i ya = x86::adjust_bytes(x86s::load16(top + i), l.luma_gain, l.luma_offset);
+            const __m128i yb = x86::adjust_bytes(x86s::load16(bottom + i), l.luma_gain, l.luma_offset);
+            const __m128i yc = x86::adjust_bytes(x86s::load16(next + i), l.luma_gain, l.luma_offset);
+            const __m128i ua = x86::adjust_bytes(x86s::load8(u0 + i / 2), l.chroma_gain, l.u_offset);
+            const __m128i ub = x86::adjust_bytes(x86s::load8(u1 + i / 2), l.chroma_gain, l.u_offset);
+            const __m128i va = x86::adjust_bytes(x86s::load8(v0 + i / 2), l.chroma_gain, l.v_offset);
+            const __m128i vb = x86::adjust_bytes(x86s::load8(v1 + i / 2), l.chroma_gain, l.v_offset);
+            const x86::ChromaWords c0 = x86::chroma_words(ua, va);
+            const x86::ChromaWords c1 = x86::chroma_words(_mm_avg_epu8(ua, ub), _mm_avg_epu8(va, vb));
+            x86::store_rgb_16<Format>(dst[0] + i * bpp, x86::luma_to_rgb(ya, c0), lanes);
+            x86::store_rgb_16<Format>(dst[1] + i * bpp, x86::luma_to_rgb(_mm_avg_epu8(ya, yb), c0), lanes);
+            x86::store_rgb_16<Format>(dst[2] + i * bpp, x86::luma_to_rgb(yb, c1), lanes);
+            x86::store_rgb_16<Format>(dst[3] + i * bpp, x86::luma_to_rgb(_mm_avg_epu8(yb, yc), c1), lanes);
+        }
+    }
+
     static void filter4(const uint8_t* a, const uint8_t* b, const uint8_t* c, const uint8_t* d, uint8_t* dst, int n) {
         int i = 0;
         for (; i + 16 <= n; i += 16)
