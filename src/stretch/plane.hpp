@@ -11,15 +11,12 @@ namespace {
 
 constexpr int plane_strip = 8;  // source columns per strip or block
 
-constexpr int plane_band = 64 * plane_strip;  // source columns of neighbouring strips walked together
-
-// A band of strips (n source columns, a multiple of `plane_strip`), top to bottom. Ordinary
-// strips double with the next strip's first sample as the right neighbour; the last strip
-// repeats its own last sample.
+// One strip (n = plane_strip source columns), top to bottom. Ordinary strips double with the
+// next strip's first sample as the right neighbour; the last strip repeats its own last sample.
 template <class V>
 void plane_strip_rows(const uint8_t* src, uint8_t* dst, int n, int32_t height, ptrdiff_t src_pitch,
                       ptrdiff_t dst_pitch, bool last_strip) {
-    uint8_t buf[2][2 * plane_band];
+    uint8_t buf[2][2 * plane_strip];
     uint8_t *above = buf[0], *row = buf[1];
     auto doubled = [&](const uint8_t* s, uint8_t* out) {
         V::double_run(s, last_strip ? s[n - 1] : s[n], out, n);
@@ -37,21 +34,33 @@ void plane_strip_rows(const uint8_t* src, uint8_t* dst, int n, int32_t height, p
     V::copy(above, dst + (2 * ptrdiff_t(height) - (last_strip ? 1 : 0)) * dst_pitch, 2 * n);
 }
 
-// Strips are independent columns, so where destination rows do not overlap, the ordinary
-// strips go down together in bands: the same bytes, without thrashing the cache.
+// Strips are independent columns, so where destination rows do not overlap their order does
+// not show: the picture then goes row by row over all strips at once, the same bytes.
 template <class V>
 void strech_pic_2X2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height, int32_t src_stride,
                     int32_t dst_stride) {
     const uint32_t ordinary = loop_count(width - plane_strip, plane_strip);
     const ptrdiff_t row_bytes = 2 * plane_strip * (ptrdiff_t(ordinary) + 1);
-    const bool banded = width >= 2 * plane_strip && (dst_stride >= row_bytes || -ptrdiff_t(dst_stride) >= row_bytes);
-    const uint32_t band = banded ? plane_band / plane_strip : 1;
-    for (uint32_t i = 0; i < ordinary;) {
-        const uint32_t strips = ordinary - i < band ? ordinary - i : band;
-        plane_strip_rows<V>(src + ptrdiff_t(i) * plane_strip, dst + ptrdiff_t(i) * 2 * plane_strip,
-                            int(strips) * plane_strip, height, src_stride, dst_stride, false);
-        i += strips;
+    const bool by_rows = width >= 2 * plane_strip && (dst_stride >= row_bytes || -ptrdiff_t(dst_stride) >= row_bytes);
+    if (by_rows) {
+        // Only the last strip repeats its edge; the others take the next strip's first sample.
+        const int n = int(ordinary + 1) * plane_strip;
+        const ptrdiff_t sp = src_stride, dp = dst_stride;
+        for (int32_t r = 0; r + 1 < height; ++r)
+            V::double_pair(src + r * sp, src + (r + 1) * sp, dst + 2 * r * dp, dst + (2 * r + 1) * dp, n);
+        const uint8_t* last = src + (height > 1 ? height - 1 : 0) * sp;
+        uint8_t* bottom = dst + (2 * ptrdiff_t(height) - 2) * dp;
+        V::double_run(last, last[n - 1], bottom, n);
+        // Deliberate: the ordinary strips repeat the bottom row one row below the picture and
+        // leave row 2 * height - 1 as it was; only the last strip repeats it in place.
+        const int ordinary_bytes = 2 * (n - plane_strip);
+        V::copy(bottom, bottom + 2 * dp, ordinary_bytes);
+        V::copy(bottom + ordinary_bytes, bottom + dp + ordinary_bytes, 2 * plane_strip);
+        return;
     }
+    for (uint32_t i = 0; i < ordinary; ++i)
+        plane_strip_rows<V>(src + ptrdiff_t(i) * plane_strip, dst + ptrdiff_t(i) * 2 * plane_strip, plane_strip,
+                            height, src_stride, dst_stride, false);
     plane_strip_rows<V>(src + ptrdiff_t(ordinary) * plane_strip,
                         dst + ptrdiff_t(ordinary) * 2 * plane_strip, plane_strip, height, src_stride,
                         dst_stride, true);

@@ -54,6 +54,18 @@ struct PortableStretch {
         }
     }
 
+    // Two source rows of n samples, each doubled with its last sample as its own right
+    // neighbour: H(above) into `copy` and avg(H(above), H(below)) into `between` (2n bytes each).
+    static void double_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between, int n) {
+        for (int i = 0; i < n; ++i) {
+            const int right = i + 1 < n ? i + 1 : i;
+            const uint8_t a0 = above[i], a1 = avg_u8(above[i], above[right]);
+            const uint8_t b0 = below[i], b1 = avg_u8(below[i], below[right]);
+            copy[2 * i] = a0, copy[2 * i + 1] = a1;
+            between[2 * i] = avg_u8(a0, b0), between[2 * i + 1] = avg_u8(a1, b1);
+        }
+    }
+
     // Edge-directed interpolation between rows a (above) and b (below), n a multiple of 4,
     // group by group. A quiet group (summed difference at most 32) is averaged vertically;
     // otherwise each sample is averaged along the cheapest of five directions. Reads a and b

@@ -81,10 +81,54 @@ inline __m128i edge_interpolate_16(const Around& a, const Around& b) {
     return _mm256_castsi256_si128(_mm256_permute4x64_epi64(out, 0x08));
 }
 
+// How rgb_double_rows deals 32 pixels to the two lanes. 32-bit: lane 0 takes pixels 0-3, 8-11,
+// 16-19, 24-27 and lane 1 the runs between, so that each interleaving step yields 8 whole
+// pixels in row order. 16-bit: lane 0 takes 0-7 and 16-23. 24-bit: one block per lane.
+template <int bpp>
+inline __m256i dealt_lumas(__m256i y) {
+    if constexpr (bpp == 4) return _mm256_permutevar8x32_epi32(y, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
+    else if constexpr (bpp == 2) return _mm256_permute4x64_epi64(y, 0xD8);
+    else return y;
+}
+// The 16 chroma bytes of those pixels, each lane's 8 zero-extended into its words.
+template <int bpp>
+inline __m256i dealt_chroma_words(const uint8_t* p) {
+    __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    if constexpr (bpp == 4) c = _mm_shuffle_epi8(c, _mm_setr_epi8(0, 1, 4, 5, 8, 9, 12, 13, 2, 3, 6, 7, 10, 11, 14, 15));
+    else if constexpr (bpp == 2) c = _mm_shuffle_epi32(c, 0xD8);
+    return _mm256_cvtepu8_epi16(c);
+}
+// 32 dealt pixels stored as one run of the row.
+template <class Format>
+inline void store_dealt_rgb(uint8_t* d, const x86w::RgbVectors& c, const x86::Rgb16Lanes& l) {
+    if constexpr (Format::bytes_per_pixel == 4) {
+        const __m256i zero = _mm256_setzero_si256();
+        const __m256i bg_lo = _mm256_unpacklo_epi8(c.b, c.g), bg_hi = _mm256_unpackhi_epi8(c.b, c.g);
+        const __m256i r0_lo = _mm256_unpacklo_epi8(c.r, zero), r0_hi = _mm256_unpackhi_epi8(c.r, zero);
+        store32(d, _mm256_unpacklo_epi16(bg_lo, r0_lo));
+        store32(d + 32, _mm256_unpackhi_epi16(bg_lo, r0_lo));
+        store32(d + 64, _mm256_unpacklo_epi16(bg_hi, r0_hi));
+        store32(d + 96, _mm256_unpackhi_epi16(bg_hi, r0_hi));
+    } else if constexpr (Format::bytes_per_pixel == 2) {
+        const __m256i zero = _mm256_setzero_si256();
+        const __m256i r = _mm256_and_si256(c.r, _mm256_broadcastsi128_si256(l.r_mask));
+        const __m256i g = _mm256_and_si256(c.g, _mm256_broadcastsi128_si256(l.g_mask));
+        const __m256i b = _mm256_and_si256(c.b, _mm256_broadcastsi128_si256(l.b_mask));
+        store32(d, _mm256_or_si256(_mm256_or_si256(_mm256_unpacklo_epi8(zero, r), _mm256_sll_epi16(_mm256_unpacklo_epi8(g, zero), l.g_shift)),
+                                   _mm256_srl_epi16(_mm256_unpacklo_epi8(b, zero), l.b_shift)));
+        store32(d + 32, _mm256_or_si256(_mm256_or_si256(_mm256_unpackhi_epi8(zero, r), _mm256_sll_epi16(_mm256_unpackhi_epi8(g, zero), l.g_shift)),
+                                        _mm256_srl_epi16(_mm256_unpackhi_epi8(b, zero), l.b_shift)));
+    } else {
+        x86w::store_rgb_2x16<Format>(d, c, l);
+    }
+}
+
 }  // namespace x86sw
 
 struct Avx2Stretch : Sse2Stretch {
-    // Two 16-pixel blocks per step, one per lane; an odd block is left to the SSE2 loop.
+    // Two 16-pixel blocks per step. For the 32- and 16-bit surfaces the pixels are dealt to
+    // the lanes so that each lane's interleaved output is already a run of the row (no lane
+    // crossing per store); 24-bit keeps one block per lane. An odd block is left to SSE2.
     template <class Format>
     static void rgb_double_rows(const uint8_t* top, const uint8_t* bottom, const uint8_t* next,
                                 const uint8_t* u0, const uint8_t* u1, const uint8_t* v0,
@@ -93,21 +137,24 @@ struct Avx2Stretch : Sse2Stretch {
         constexpr int bpp = Format::bytes_per_pixel;
         const x86w::Lanes l = x86w::lanes(a);
         const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
+        auto luma = [&](const uint8_t* p) {
+            return x86w::adjust_bytes(x86sw::dealt_lumas<bpp>(x86w::load32(p)), l.luma_gain, l.luma_offset);
+        };
+        auto chroma = [&](const uint8_t* p, __m256i offset) {
+            return x86w::adjust_chroma_words(x86sw::dealt_chroma_words<bpp>(p), l.chroma_gain, offset);
+        };
+        auto store = [&](uint8_t* d, const x86w::RgbVectors& c) { x86sw::store_dealt_rgb<Format>(d, c, lanes); };
         int i = 0;
         for (; i + 32 <= pixels; i += 32) {
-            const __m256i ya = x86w::adjust_bytes(x86w::load32(top + i), l.luma_gain, l.luma_offset);
-            const __m256i yb = x86w::adjust_bytes(x86w::load32(bottom + i), l.luma_gain, l.luma_offset);
-            const __m256i yc = x86w::adjust_bytes(x86w::load32(next + i), l.luma_gain, l.luma_offset);
-            const __m256i ua = x86w::adjust_chroma_words(x86w::chroma_pair_words(u0 + i / 2), l.chroma_gain, l.u_offset);
-            const __m256i ub = x86w::adjust_chroma_words(x86w::chroma_pair_words(u1 + i / 2), l.chroma_gain, l.u_offset);
-            const __m256i va = x86w::adjust_chroma_words(x86w::chroma_pair_words(v0 + i / 2), l.chroma_gain, l.v_offset);
-            const __m256i vb = x86w::adjust_chroma_words(x86w::chroma_pair_words(v1 + i / 2), l.chroma_gain, l.v_offset);
+            const __m256i ya = luma(top + i), yb = luma(bottom + i), yc = luma(next + i);
+            const __m256i ua = chroma(u0 + i / 2, l.u_offset), ub = chroma(u1 + i / 2, l.u_offset);
+            const __m256i va = chroma(v0 + i / 2, l.v_offset), vb = chroma(v1 + i / 2, l.v_offset);
             const x86w::ChromaWords c0 = x86w::chroma_words(ua, va);
             const x86w::ChromaWords c1 = x86w::chroma_words(_mm256_avg_epu8(ua, ub), _mm256_avg_epu8(va, vb));
-            x86w::store_rgb_2x16<Format>(dst[0] + i * bpp, x86w::luma_to_rgb(ya, c0), lanes);
-            x86w::store_rgb_2x16<Format>(dst[1] + i * bpp, x86w::luma_to_rgb(_mm256_avg_epu8(ya, yb), c0), lanes);
-            x86w::store_rgb_2x16<Format>(dst[2] + i * bpp, x86w::luma_to_rgb(yb, c1), lanes);
-            x86w::store_rgb_2x16<Format>(dst[3] + i * bpp, x86w::luma_to_rgb(_mm256_avg_epu8(yb, yc), c1), lanes);
+            store(dst[0] + i * bpp, x86w::luma_to_rgb(ya, c0));
+            store(dst[1] + i * bpp, x86w::luma_to_rgb(_mm256_avg_epu8(ya, yb), c0));
+            store(dst[2] + i * bpp, x86w::luma_to_rgb(yb, c1));
+            store(dst[3] + i * bpp, x86w::luma_to_rgb(_mm256_avg_epu8(yb, yc), c1));
         }
         if (i < pixels) {
             uint8_t* const rest[4] = {dst[0] + i * bpp, dst[1] + i * bpp, dst[2] + i * bpp, dst[3] + i * bpp};
@@ -122,6 +169,23 @@ struct Avx2Stretch : Sse2Stretch {
             x86sw::store32(dst + i, x86sw::filter4_bytes(x86sw::load32(a + i), x86sw::load32(b + i), x86sw::load32(c + i),
                                                          x86sw::load32(d + i)));
         if (i < n) Sse2Stretch::filter4(a + i, b + i, c + i, d + i, dst + i, n - i);
+    }
+
+    // 32 samples per step, dealt to the lanes as 0-7, 16-23 and 8-15, 24-31 so that each
+    // interleave yields 32 bytes in row order.
+    static void double_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between, int n) {
+        auto dealt = [](const uint8_t* p) { return _mm256_permute4x64_epi64(x86sw::load32(p), 0xD8); };
+        int i = 0;
+        for (; i + 32 < n; i += 32) {
+            const __m256i a = dealt(above + i), a1 = _mm256_avg_epu8(a, dealt(above + i + 1));
+            const __m256i b = dealt(below + i), b1 = _mm256_avg_epu8(b, dealt(below + i + 1));
+            const __m256i m = _mm256_avg_epu8(a, b), m1 = _mm256_avg_epu8(a1, b1);
+            x86sw::store32(copy + 2 * i, _mm256_unpacklo_epi8(a, a1));
+            x86sw::store32(copy + 2 * i + 32, _mm256_unpackhi_epi8(a, a1));
+            x86sw::store32(between + 2 * i, _mm256_unpacklo_epi8(m, m1));
+            x86sw::store32(between + 2 * i + 32, _mm256_unpackhi_epi8(m, m1));
+        }
+        Sse2Stretch::double_pair(above + i, below + i, copy + 2 * i, between + 2 * i, n - i);
     }
 
     // Sixteen positions at a time, reading what the SSE2 version reads for them.

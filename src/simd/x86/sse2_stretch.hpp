@@ -148,6 +148,33 @@ struct Sse2Stretch : PortableStretch {
         }
     }
 
+    // Reads n samples of each row: the right neighbours come from the next block while one
+    // follows, and the row's last block is doubled with its edge repeated.
+    static void double_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between, int n) {
+        int i = 0;
+        for (; i + 16 < n; i += 16) {
+            const __m128i a = x86s::load16(above + i), a1 = _mm_avg_epu8(a, x86s::load16(above + i + 1));
+            const __m128i b = x86s::load16(below + i), b1 = _mm_avg_epu8(b, x86s::load16(below + i + 1));
+            const __m128i m = _mm_avg_epu8(a, b), m1 = _mm_avg_epu8(a1, b1);
+            x86s::store16(copy + 2 * i, _mm_unpacklo_epi8(a, a1));
+            x86s::store16(copy + 2 * i + 16, _mm_unpackhi_epi8(a, a1));
+            x86s::store16(between + 2 * i, _mm_unpacklo_epi8(m, m1));
+            x86s::store16(between + 2 * i + 16, _mm_unpackhi_epi8(m, m1));
+        }
+        double_pair_end(above + i, below + i, copy + 2 * i, between + 2 * i, n - i);
+    }
+
+    // The last 1 to 16 samples of double_pair.
+    static void double_pair_end(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between, int n) {
+        if (n <= 0) return;
+        uint8_t h[32];
+        double_run(above, above[n - 1], copy, n);
+        double_run(below, below[n - 1], h, n);
+        int i = 0;
+        for (; i + 16 <= 2 * n; i += 16) x86s::store16(between + i, _mm_avg_epu8(x86s::load16(copy + i), x86s::load16(h + i)));
+        for (; i < 2 * n; ++i) between[i] = avg_u8(copy[i], h[i]);
+    }
+
     // Eight positions at a time; reads a and b from 4 samples before each eight to 16 after
     // their start, inside the rows the caller guarantees (2 before, 5 after) only when n is a
     // multiple of 8 and the row extends 8 samples beyond the run.
