@@ -54,6 +54,18 @@ struct PortableStretch {
         }
     }
 
+    // One YUY2 row of the rounded averages of two luma rows and of two rows of each chroma
+    // plane; a row given twice is copied.
+    static void join_yuy2_averaged(const uint8_t* y0, const uint8_t* y1, const uint8_t* u0, const uint8_t* u1,
+                                   const uint8_t* v0, const uint8_t* v1, uint8_t* dst, int pixels) {
+        for (int p = 0; p < pixels / 2; ++p) {
+            dst[4 * p] = avg_u8(y0[2 * p], y1[2 * p]);
+            dst[4 * p + 1] = avg_u8(u0[p], u1[p]);
+            dst[4 * p + 2] = avg_u8(y0[2 * p + 1], y1[2 * p + 1]);
+            dst[4 * p + 3] = avg_u8(v0[p], v1[p]);
+        }
+    }
+
     // Two source rows of n samples, each doubled with its last sample as its own right
     // neighbour: H(above) into `copy` and avg(H(above), H(below)) into `between` (2n bytes each).
     static void double_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between, int n) {

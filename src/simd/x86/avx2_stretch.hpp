@@ -171,6 +171,25 @@ struct Avx2Stretch : Sse2Stretch {
         if (i < n) Sse2Stretch::filter4(a + i, b + i, c + i, d + i, dst + i, n - i);
     }
 
+    // 32 pixels per step, dealt to the lanes as 0-7, 16-23 and 8-15, 24-31 so that each
+    // interleave yields 32 bytes in row order; an odd block is left to SSE2.
+    static void join_yuy2_averaged(const uint8_t* y0, const uint8_t* y1, const uint8_t* u0, const uint8_t* u1,
+                                   const uint8_t* v0, const uint8_t* v1, uint8_t* dst, int pixels) {
+        int p = 0;
+        for (; p + 32 <= pixels; p += 32) {
+            const __m256i y = _mm256_permute4x64_epi64(_mm256_avg_epu8(x86sw::load32(y0 + p), x86sw::load32(y1 + p)), 0xD8);
+            const __m128i u = _mm_avg_epu8(x86::load16(u0 + p / 2), x86::load16(u1 + p / 2));
+            const __m128i v = _mm_avg_epu8(x86::load16(v0 + p / 2), x86::load16(v1 + p / 2));
+            const __m128i uv_lo = _mm_unpacklo_epi8(u, v), uv_hi = _mm_unpackhi_epi8(u, v);
+            const __m256i uv = _mm256_set_m128i(_mm_unpackhi_epi64(uv_lo, uv_hi), _mm_unpacklo_epi64(uv_lo, uv_hi));
+            x86sw::store32(dst + 2 * p, _mm256_unpacklo_epi8(y, uv));
+            x86sw::store32(dst + 2 * p + 32, _mm256_unpackhi_epi8(y, uv));
+        }
+        if (p < pixels)
+            Sse2Stretch::join_yuy2_averaged(y0 + p, y1 + p, u0 + p / 2, u1 + p / 2, v0 + p / 2, v1 + p / 2, dst + 2 * p,
+                                            pixels - p);
+    }
+
     // 32 samples per step, dealt to the lanes as 0-7, 16-23 and 8-15, 24-31 so that each
     // interleave yields 32 bytes in row order.
     static void double_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between, int n) {

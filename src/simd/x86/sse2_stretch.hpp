@@ -148,6 +148,15 @@ struct Sse2Stretch : PortableStretch {
         }
     }
 
+    // pixels a multiple of 16.
+    static void join_yuy2_averaged(const uint8_t* y0, const uint8_t* y1, const uint8_t* u0, const uint8_t* u1,
+                                   const uint8_t* v0, const uint8_t* v1, uint8_t* dst, int pixels) {
+        for (int p = 0; p < pixels; p += 16)
+            x86::join_yuy2_16(dst + 2 * p, _mm_avg_epu8(x86s::load16(y0 + p), x86s::load16(y1 + p)),
+                              _mm_avg_epu8(x86s::load8(u0 + p / 2), x86s::load8(u1 + p / 2)),
+                              _mm_avg_epu8(x86s::load8(v0 + p / 2), x86s::load8(v1 + p / 2)));
+    }
+
     // Reads n samples of each row: the right neighbours come from the next block while one
     // follows, and the row's last block is doubled with its edge repeated.
     static void double_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between, int n) {
