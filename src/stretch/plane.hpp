@@ -76,54 +76,25 @@ inline Channel plane_channel(const AdjustConstants& a, int32_t plane) {
     return {a.luma_gain, offset};
 }
 
-// n samples doubled with the byte after them as the last one's neighbour.
-template <class V>
-void doubled_in_memory(const uint8_t* src, int n, uint8_t* out) {
-    V::double_run(src, src[n], out, n);
-}
-
 // The plane walks take the channel from their caller, so that a YV12 wrapper adjusts its three
 // planes with one snapshot of the constants.
 template <class V>
 void stretch_plane_2x2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
                        int32_t src_stride, int32_t dst_stride, Channel ch) {
     constexpr int block = 2 * plane_strip;  // source samples per block of the row pairs
-    auto put = [&](const uint8_t* samples, uint8_t* d, int n) { V::adjust(samples, d, n, ch.gain, ch.offset); };
 
     // Row 0 in 8-sample blocks; the last sample of the row is averaged with the byte after it.
-    const uint32_t first_blocks = loop_count(width, plane_strip);
-    for (uint32_t i = 0; i < first_blocks; ++i) {
-        uint8_t h[2 * plane_strip];
-        doubled_in_memory<V>(src + ptrdiff_t(i) * plane_strip, plane_strip, h);
-        put(h, dst + ptrdiff_t(i) * 2 * plane_strip, 2 * plane_strip);
-    }
+    V::double_adjust(src, src, dst, int(loop_count(width, plane_strip)) * plane_strip, ch.gain, ch.offset);
 
-    // The row pairs: whole 16-sample blocks (at least one), then, for a width off the block,
-    // the row's last 16 samples copied and averaged without doubling.
+    // The row pairs: whole 16-sample blocks (at least one), each reading the byte after it,
+    // then, for a width off the block, the row's last 16 samples copied and averaged without
+    // doubling. A row given twice is doubled (or copied) as it is.
     const int32_t whole = width >= 2 * block ? width / block * block : block;
     const int32_t rem = width % block;
-    auto doubled_row = [&](const uint8_t* s, uint8_t* d) {
-        for (int32_t x = 0; x < whole; x += block) {
-            uint8_t h[2 * block];
-            doubled_in_memory<V>(s + x, block, h);
-            put(h, d + 2 * x, 2 * block);
-        }
-        if (rem) put(s + whole - (block - rem), d + 2 * whole - (block - rem), block);
-    };
-    auto averaged_row = [&](const uint8_t* s, const uint8_t* below, uint8_t* d) {
-        for (int32_t x = 0; x < whole; x += block) {
-            uint8_t h[2 * block], h_below[2 * block];
-            doubled_in_memory<V>(s + x, block, h);
-            doubled_in_memory<V>(below + x, block, h_below);
-            V::average(h, h_below, h, 2 * block);
-            put(h, d + 2 * x, 2 * block);
-        }
-        if (rem) {
-            const int32_t back = whole - (block - rem);
-            uint8_t m[block];
-            V::average(s + back, below + back, m, block);
-            put(m, d + 2 * whole - (block - rem), block);
-        }
+    auto row = [&](const uint8_t* s, const uint8_t* below, uint8_t* d) {
+        V::double_adjust(s, below, d, whole, ch.gain, ch.offset);
+        const int32_t back = whole - (block - rem);
+        if (rem) V::average_adjust(s + back, below + back, d + 2 * whole - (block - rem), block, ch.gain, ch.offset);
     };
     // Deliberate: row k is found at the end of row k - 1 (only the lower neighbour uses
     // src_stride), and a width off the block moves each row pair `rem` bytes further left.
@@ -132,51 +103,42 @@ void stretch_plane_2x2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height
     const uint8_t* s = src;
     uint8_t* d = dst + dst_stride;
     for (uint32_t pair = loop_count(height - 1, 1); pair--; s += src_next, d += dst_next) {
-        doubled_row(s, d);
-        averaged_row(s, s + src_stride, d + dst_stride);
+        row(s, s, d);
+        row(s, s + src_stride, d + dst_stride);
     }
     // Deliberate: step back one row and write the next-to-last source row over the last
     // average and once more right after it (without a row step); the last source row only
     // shows in the overwritten average.
     s -= src_next;
     d -= dst_stride;
-    doubled_row(s, d);
-    doubled_row(s, d + 2 * ptrdiff_t(width));
+    row(s, s, d);
+    row(s, s, d + 2 * ptrdiff_t(width));
 }
 
 template <class V>
 void stretch_plane_1x2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
                        int32_t src_stride, int32_t dst_stride, Channel ch) {
     constexpr int block = 2 * plane_strip;
-    const uint32_t blocks = loop_count(width, block);
-    // Blocks of 16; the last one is moved back to end at the row's last sample.
-    auto block_at = [&](uint32_t i) {
-        return i + 1 == blocks ? ptrdiff_t(width) - block : ptrdiff_t(i) * block;
+    // Blocks of 16; the last one is moved back to end at the row's last sample. A row given
+    // twice is copied.
+    const int head = int(loop_count(width, block) - 1) * block;
+    auto row = [&](const uint8_t* s, const uint8_t* below, uint8_t* d) {
+        V::average_adjust(s, below, d, head, ch.gain, ch.offset);
+        V::average_adjust(s + width - block, below + width - block, d + width - block, block, ch.gain, ch.offset);
     };
-    auto copied_row = [&](const uint8_t* s, uint8_t* d) {
-        for (uint32_t i = 0; i < blocks; ++i)
-            V::adjust(s + block_at(i), d + block_at(i), block, ch.gain, ch.offset);
-    };
-    auto averaged_row = [&](const uint8_t* s, const uint8_t* below, uint8_t* d) {
-        for (uint32_t i = 0; i < blocks; ++i) {
-            uint8_t m[block];
-            V::average(s + block_at(i), below + block_at(i), m, block);
-            V::adjust(m, d + block_at(i), block, ch.gain, ch.offset);
-        }
-    };
-    copied_row(src, dst);
+    row(src, src, dst);
     const uint8_t* s = src;
     uint8_t* d = dst + dst_stride;
     for (uint32_t pair = loop_count(height - 1, 1); pair--; s += src_stride, d += 2 * ptrdiff_t(dst_stride)) {
-        copied_row(s, d);
-        averaged_row(s, s + src_stride, d + dst_stride);
+        row(s, s, d);
+        row(s, s + src_stride, d + dst_stride);
     }
     // Deliberate: the next-to-last source row overwrites the last average and is written
     // once more right after it (without a row step); the last source row is never shown.
     s -= src_stride;
     d -= dst_stride;
-    copied_row(s, d);
-    copied_row(s, d + width);
+    row(s, s, d);
+    row(s, s, d + width);
 }
 
 template <class V>

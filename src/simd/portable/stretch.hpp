@@ -54,6 +54,20 @@ struct PortableStretch {
         }
     }
 
+    // adj(avg(a, b)) over n samples; a run given twice is adjusted as it is.
+    static void average_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {
+        for (int i = 0; i < n; ++i) dst[i] = adjust_u8(avg_u8(a[i], b[i]), gain, offset);
+    }
+
+    // adj(avg(H(a), H(b))) into 2n bytes, each run doubled with the byte after it as the last
+    // sample's neighbour (n + 1 bytes read of each); a run given twice is doubled as it is.
+    static void double_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {
+        for (int i = 0; i < n; ++i) {
+            dst[2 * i] = adjust_u8(avg_u8(a[i], b[i]), gain, offset);
+            dst[2 * i + 1] = adjust_u8(avg_u8(avg_u8(a[i], a[i + 1]), avg_u8(b[i], b[i + 1])), gain, offset);
+        }
+    }
+
     // One YUY2 row of the rounded averages of two luma rows and of two rows of each chroma
     // plane; a row given twice is copied.
     static void join_yuy2_averaged(const uint8_t* y0, const uint8_t* y1, const uint8_t* u0, const uint8_t* u1,

@@ -171,6 +171,29 @@ struct Avx2Stretch : Sse2Stretch {
         if (i < n) Sse2Stretch::filter4(a + i, b + i, c + i, d + i, dst + i, n - i);
     }
 
+    static void average_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {
+        const __m256i g = _mm256_set1_epi16(gain), o = _mm256_set1_epi16(offset);
+        int i = 0;
+        for (; i + 32 <= n; i += 32)
+            x86sw::store32(dst + i, x86w::adjust_bytes(_mm256_avg_epu8(x86sw::load32(a + i), x86sw::load32(b + i)), g, o));
+        if (i < n) Sse2Stretch::average_adjust(a + i, b + i, dst + i, n - i, gain, offset);
+    }
+
+    // Samples dealt to the lanes as in double_pair.
+    static void double_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {
+        const __m256i g = _mm256_set1_epi16(gain), o = _mm256_set1_epi16(offset);
+        auto dealt = [](const uint8_t* p) { return _mm256_permute4x64_epi64(x86sw::load32(p), 0xD8); };
+        int i = 0;
+        for (; i + 32 <= n; i += 32) {
+            const __m256i a0 = dealt(a + i), b0 = dealt(b + i);
+            const __m256i even = _mm256_avg_epu8(a0, b0);
+            const __m256i odd = _mm256_avg_epu8(_mm256_avg_epu8(a0, dealt(a + i + 1)), _mm256_avg_epu8(b0, dealt(b + i + 1)));
+            x86sw::store32(dst + 2 * i, x86w::adjust_bytes(_mm256_unpacklo_epi8(even, odd), g, o));
+            x86sw::store32(dst + 2 * i + 32, x86w::adjust_bytes(_mm256_unpackhi_epi8(even, odd), g, o));
+        }
+        if (i < n) Sse2Stretch::double_adjust(a + i, b + i, dst + 2 * i, n - i, gain, offset);
+    }
+
     // 32 pixels per step, dealt to the lanes as 0-7, 16-23 and 8-15, 24-31 so that each
     // interleave yields 32 bytes in row order; an odd block is left to SSE2.
     static void join_yuy2_averaged(const uint8_t* y0, const uint8_t* y1, const uint8_t* u0, const uint8_t* u1,

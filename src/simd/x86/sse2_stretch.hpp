@@ -148,6 +148,27 @@ struct Sse2Stretch : PortableStretch {
         }
     }
 
+    static void average_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {
+        const __m128i g = _mm_set1_epi16(gain), o = _mm_set1_epi16(offset);
+        int i = 0;
+        for (; i + 16 <= n; i += 16)
+            x86s::store16(dst + i, x86::adjust_bytes(_mm_avg_epu8(x86s::load16(a + i), x86s::load16(b + i)), g, o));
+        if (i < n) PortableStretch::average_adjust(a + i, b + i, dst + i, n - i, gain, offset);
+    }
+
+    static void double_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {
+        const __m128i g = _mm_set1_epi16(gain), o = _mm_set1_epi16(offset);
+        int i = 0;
+        for (; i + 16 <= n; i += 16) {
+            const __m128i a0 = x86s::load16(a + i), b0 = x86s::load16(b + i);
+            const __m128i even = _mm_avg_epu8(a0, b0);
+            const __m128i odd = _mm_avg_epu8(_mm_avg_epu8(a0, x86s::load16(a + i + 1)), _mm_avg_epu8(b0, x86s::load16(b + i + 1)));
+            x86s::store16(dst + 2 * i, x86::adjust_bytes(_mm_unpacklo_epi8(even, odd), g, o));
+            x86s::store16(dst + 2 * i + 16, x86::adjust_bytes(_mm_unpackhi_epi8(even, odd), g, o));
+        }
+        if (i < n) PortableStretch::double_adjust(a + i, b + i, dst + 2 * i, n - i, gain, offset);
+    }
+
     // pixels a multiple of 16.
     static void join_yuy2_averaged(const uint8_t* y0, const uint8_t* y1, const uint8_t* u0, const uint8_t* u1,
                                    const uint8_t* v0, const uint8_t* v1, uint8_t* dst, int pixels) {
