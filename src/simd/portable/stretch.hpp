@@ -54,6 +54,38 @@ struct PortableStretch {
         }
     }
 
+    // One YUY2 row of the double-size stretch from planar rows, in blocks of 16 source pixels
+    // (64 destination bytes): each plane's row (or the average of two doubled rows, where the
+    // second row differs from the first) doubled horizontally, the samples adjusted first when
+    // `adjusted`. A block's last samples take the next block's first ones as neighbours; the
+    // last block repeats its own.
+    template <bool adjusted>
+    static void double_size_yuy2_row(const uint8_t* y0, const uint8_t* y1, const uint8_t* u0, const uint8_t* u1,
+                                     const uint8_t* v0, const uint8_t* v1, uint8_t* dst, uint32_t blocks,
+                                     const AdjustConstants& a) {
+        auto doubled = [&](const uint8_t* src, int n, bool edge, int16_t gain, int16_t offset, uint8_t* out) {
+            uint8_t s[17];
+            const int count = edge ? n : n + 1;
+            for (int k = 0; k < count; ++k) s[k] = adjusted ? adjust_u8(src[k], gain, offset) : src[k];
+            double_run(s, edge ? s[n - 1] : s[n], out, n);
+        };
+        auto plane = [&](const uint8_t* r0, const uint8_t* r1, int n, bool edge, int16_t gain, int16_t offset, uint8_t* out) {
+            doubled(r0, n, edge, gain, offset, out);
+            if (r1 == r0) return;
+            uint8_t below[32];
+            doubled(r1, n, edge, gain, offset, below);
+            PortableCore::average(out, below, out, 2 * n);
+        };
+        for (uint32_t i = 0; i < blocks; ++i) {
+            const bool edge = i + 1 == blocks;
+            uint8_t y[32], u[16], v[16];
+            plane(y0 + 16 * i, y1 + 16 * i, 16, edge, a.luma_gain, a.luma_offset, y);
+            plane(u0 + 8 * i, u1 + 8 * i, 8, edge, a.chroma_gain, a.u_offset, u);
+            plane(v0 + 8 * i, v1 + 8 * i, 8, edge, a.chroma_gain, a.v_offset, v);
+            PortableCore::join_yuy2(y, u, v, dst + 64 * i, 32);
+        }
+    }
+
     // adj(avg(a, b)) over n samples; a run given twice is adjusted as it is.
     static void average_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {
         for (int i = 0; i < n; ++i) dst[i] = adjust_u8(avg_u8(a[i], b[i]), gain, offset);

@@ -81,6 +81,28 @@ inline __m128i edge_interpolate_16(const Around& a, const Around& b) {
     return _mm256_castsi256_si128(_mm256_permute4x64_epi64(out, 0x08));
 }
 
+// Two blocks' doubled samples for double_size_yuy2_row, one block per lane: 16 luma samples
+// per lane, or (`chroma`) 8 in each lane's low half; the right neighbours come from memory.
+template <bool adjusted>
+inline __m256i doubled_pair_half(const uint8_t* r, bool chroma, __m256i gain, __m256i offset, __m256i& odd) {
+    auto load = [&](const uint8_t* p) {
+        const __m256i x = chroma ? _mm256_permute4x64_epi64(_mm256_castsi128_si256(x86::load16(p)), 0x50) : load32(p);
+        return adjusted ? x86w::adjust_bytes(x, gain, offset) : x;
+    };
+    const __m256i s = load(r);
+    odd = _mm256_avg_epu8(s, load(r + 1));
+    return s;
+}
+template <bool adjusted>
+inline __m256i doubled_pair(const uint8_t* r0, const uint8_t* r1, bool chroma, __m256i gain, __m256i offset, __m256i& odd) {
+    const __m256i even = doubled_pair_half<adjusted>(r0, chroma, gain, offset, odd);
+    if (r1 == r0) return even;
+    __m256i odd1;
+    const __m256i even1 = doubled_pair_half<adjusted>(r1, chroma, gain, offset, odd1);
+    odd = _mm256_avg_epu8(odd, odd1);
+    return _mm256_avg_epu8(even, even1);
+}
+
 // How rgb_double_rows deals 32 pixels to the two lanes. 32-bit: lane 0 takes pixels 0-3, 8-11,
 // 16-19, 24-27 and lane 1 the runs between, so that each interleaving step yields 8 whole
 // pixels in row order. 16-bit: lane 0 takes 0-7 and 16-23. 24-bit: one block per lane.
@@ -169,6 +191,27 @@ struct Avx2Stretch : Sse2Stretch {
             x86sw::store32(dst + i, x86sw::filter4_bytes(x86sw::load32(a + i), x86sw::load32(b + i), x86sw::load32(c + i),
                                                          x86sw::load32(d + i)));
         if (i < n) Sse2Stretch::filter4(a + i, b + i, c + i, d + i, dst + i, n - i);
+    }
+
+    // Two blocks per step while a block follows them; the last one or two go through SSE2.
+    template <bool adjusted>
+    static void double_size_yuy2_row(const uint8_t* y0, const uint8_t* y1, const uint8_t* u0, const uint8_t* u1,
+                                     const uint8_t* v0, const uint8_t* v1, uint8_t* dst, uint32_t blocks,
+                                     const AdjustConstants& a) {
+        const x86w::Lanes l = x86w::lanes(a);
+        uint32_t i = 0;
+        for (; i + 2 < blocks; i += 2, y0 += 32, y1 += 32, u0 += 16, u1 += 16, v0 += 16, v1 += 16, dst += 128) {
+            __m256i y_odd, u_odd, v_odd;
+            const __m256i y = x86sw::doubled_pair<adjusted>(y0, y1, false, l.luma_gain, l.luma_offset, y_odd);
+            const __m256i u = x86sw::doubled_pair<adjusted>(u0, u1, true, l.chroma_gain, l.u_offset, u_odd);
+            const __m256i v = x86sw::doubled_pair<adjusted>(v0, v1, true, l.chroma_gain, l.v_offset, v_odd);
+            const __m256i hu = _mm256_unpacklo_epi8(u, u_odd), hv = _mm256_unpacklo_epi8(v, v_odd);
+            const __m256i uv_lo = _mm256_unpacklo_epi8(hu, hv), uv_hi = _mm256_unpackhi_epi8(hu, hv);
+            const __m256i y_lo = _mm256_unpacklo_epi8(y, y_odd), y_hi = _mm256_unpackhi_epi8(y, y_odd);
+            x86w::store_lanes(dst, dst + 64, _mm256_unpacklo_epi8(y_lo, uv_lo), _mm256_unpackhi_epi8(y_lo, uv_lo));
+            x86w::store_lanes(dst + 32, dst + 96, _mm256_unpacklo_epi8(y_hi, uv_hi), _mm256_unpackhi_epi8(y_hi, uv_hi));
+        }
+        Sse2Stretch::double_size_yuy2_row<adjusted>(y0, y1, u0, u1, v0, v1, dst, blocks - i, a);
     }
 
     static void average_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {

@@ -36,6 +36,34 @@ inline __m128i shifted_in(__m128i s, uint8_t next, bool low8) {
     return _mm_insert_epi16(t, (_mm_extract_epi16(t, 7) & 0xFF) | (next << 8), 7);
 }
 
+// `s` moved down one byte with its own top byte repeated (of 16, or of the low 8 when `low8`).
+inline __m128i shifted_edge(__m128i s, bool low8) {
+    if (low8) return _mm_or_si128(_mm_srli_epi64(s, 8), _mm_and_si128(s, _mm_setr_epi32(0, int(0xFF000000), 0, 0)));
+    return _mm_or_si128(_mm_srli_si128(s, 1), _mm_and_si128(s, _mm_setr_epi32(0, 0, 0, int(0xFF000000))));
+}
+
+// One plane's doubled block for double_size_yuy2_row: 16 (or, `low8`, 8) samples at r0, their
+// right neighbours from r0 + 1 or, at the right edge, the last sample; averaged with the same
+// of r1 where r1 is another row. Returns the doubled samples' even and odd halves.
+struct Doubled {
+    __m128i even, odd;
+};
+template <bool adjusted>
+inline Doubled doubled_block(const uint8_t* r0, const uint8_t* r1, bool low8, bool edge, __m128i gain, __m128i offset) {
+    auto load = [&](const uint8_t* p) {
+        const __m128i x = low8 ? load8(p) : load16(p);
+        return adjusted ? x86::adjust_bytes(x, gain, offset) : x;
+    };
+    auto one = [&](const uint8_t* r) {
+        const __m128i s = load(r);
+        return Doubled{s, _mm_avg_epu8(s, edge ? shifted_edge(s, low8) : load(r + 1))};
+    };
+    const Doubled d = one(r0);
+    if (r1 == r0) return d;
+    const Doubled e = one(r1);
+    return {_mm_avg_epu8(d.even, e.even), _mm_avg_epu8(d.odd, e.odd)};
+}
+
 inline __m128i abs_diff_bytes(__m128i x, __m128i y) { return _mm_or_si128(_mm_subs_epu8(x, y), _mm_subs_epu8(y, x)); }
 
 // Sums of four neighbouring bytes of `d` (bytes 0..10) as 8 words, sum k = bytes k..k+3.
@@ -176,6 +204,26 @@ struct Sse2Stretch : PortableStretch {
             x86::join_yuy2_16(dst + 2 * p, _mm_avg_epu8(x86s::load16(y0 + p), x86s::load16(y1 + p)),
                               _mm_avg_epu8(x86s::load8(u0 + p / 2), x86s::load8(u1 + p / 2)),
                               _mm_avg_epu8(x86s::load8(v0 + p / 2), x86s::load8(v1 + p / 2)));
+    }
+
+    template <bool adjusted>
+    static void double_size_yuy2_row(const uint8_t* y0, const uint8_t* y1, const uint8_t* u0, const uint8_t* u1,
+                                     const uint8_t* v0, const uint8_t* v1, uint8_t* dst, uint32_t blocks,
+                                     const AdjustConstants& a) {
+        const x86::AdjustLanes l = x86::adjust_lanes(a.luma_gain, a.chroma_gain, a.luma_offset, a.u_offset, a.v_offset);
+        for (uint32_t i = 0; i < blocks; ++i, y0 += 16, y1 += 16, u0 += 8, u1 += 8, v0 += 8, v1 += 8, dst += 64) {
+            const bool edge = i + 1 == blocks;
+            const x86s::Doubled y = x86s::doubled_block<adjusted>(y0, y1, false, edge, l.luma_gain, l.luma_offset);
+            const x86s::Doubled u = x86s::doubled_block<adjusted>(u0, u1, true, edge, l.chroma_gain, l.u_offset);
+            const x86s::Doubled v = x86s::doubled_block<adjusted>(v0, v1, true, edge, l.chroma_gain, l.v_offset);
+            const __m128i hu = _mm_unpacklo_epi8(u.even, u.odd), hv = _mm_unpacklo_epi8(v.even, v.odd);
+            const __m128i uv_lo = _mm_unpacklo_epi8(hu, hv), uv_hi = _mm_unpackhi_epi8(hu, hv);
+            const __m128i y_lo = _mm_unpacklo_epi8(y.even, y.odd), y_hi = _mm_unpackhi_epi8(y.even, y.odd);
+            x86s::store16(dst, _mm_unpacklo_epi8(y_lo, uv_lo));
+            x86s::store16(dst + 16, _mm_unpackhi_epi8(y_lo, uv_lo));
+            x86s::store16(dst + 32, _mm_unpacklo_epi8(y_hi, uv_hi));
+            x86s::store16(dst + 48, _mm_unpackhi_epi8(y_hi, uv_hi));
+        }
     }
 
     // Reads n samples of each row: the right neighbours come from the next block while one
