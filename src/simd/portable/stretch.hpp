@@ -86,6 +86,33 @@ struct PortableStretch {
         }
     }
 
+    // Two packed YUY2 rows of `pixels` pixels (even), each adjusted when `adjusted` and doubled
+    // in width, luma and each chroma plane with its right neighbour (the row's last samples
+    // repeat): the doubled `above` into `copy`, its average with the doubled `below` into
+    // `between` (4 * pixels bytes each).
+    template <bool adjusted>
+    static void double_yuy2_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between,
+                                 int pixels, const AdjustConstants& a) {
+        const int pairs = pixels / 2;
+        auto doubled = [&](const uint8_t* src, int j, uint8_t* out) {
+            const int k = j + 1 < pairs ? j + 1 : j;
+            auto luma = [&](uint8_t x) { return adjusted ? adjust_u8(x, a.luma_gain, a.luma_offset) : x; };
+            auto u = [&](uint8_t x) { return adjusted ? adjust_u8(x, a.chroma_gain, a.u_offset) : x; };
+            auto v = [&](uint8_t x) { return adjusted ? adjust_u8(x, a.chroma_gain, a.v_offset) : x; };
+            const uint8_t y0 = luma(src[4 * j]), y1 = luma(src[4 * j + 2]), y2 = k > j ? luma(src[4 * k]) : y1;
+            const uint8_t u0 = u(src[4 * j + 1]), u1 = u(src[4 * k + 1]);
+            const uint8_t v0 = v(src[4 * j + 3]), v1 = v(src[4 * k + 3]);
+            const uint8_t d[8] = {y0, u0, avg_u8(y0, y1), v0, y1, avg_u8(u0, u1), avg_u8(y1, y2), avg_u8(v0, v1)};
+            std::memcpy(out, d, 8);
+        };
+        for (int j = 0; j < pairs; ++j) {
+            uint8_t d[8], e[8];
+            doubled(above, j, d);
+            doubled(below, j, e);
+            for (int t = 0; t < 8; ++t) copy[8 * j + t] = d[t], between[8 * j + t] = avg_u8(d[t], e[t]);
+        }
+    }
+
     // adj(avg(a, b)) over n samples; a run given twice is adjusted as it is.
     static void average_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {
         for (int i = 0; i < n; ++i) dst[i] = adjust_u8(avg_u8(a[i], b[i]), gain, offset);

@@ -103,6 +103,26 @@ inline __m256i doubled_pair(const uint8_t* r0, const uint8_t* r1, bool chroma, _
     return _mm256_avg_epu8(even, even1);
 }
 
+// The 32-byte form of x86s::adjust_yuy2 and x86s::doubled_yuy2; the doubled pairs come out
+// lane by lane, so the two results hold the first and the second 32 bytes of the output.
+inline __m256i adjust_yuy2(__m256i x, const x86w::Lanes& l, __m256i uv_offset) {
+    const __m256i m = _mm256_set1_epi16(0x00FF), top = _mm256_set1_epi16(255), zero = _mm256_setzero_si256();
+    auto clamp = [&](__m256i w) { return _mm256_max_epi16(_mm256_min_epi16(w, top), zero); };
+    const __m256i y = clamp(x86w::adjust_words(_mm256_and_si256(x, m), l.luma_gain, l.luma_offset));
+    const __m256i c = clamp(x86w::adjust_words(_mm256_srli_epi16(x, 8), l.chroma_gain, uv_offset));
+    return _mm256_or_si256(y, _mm256_slli_epi16(c, 8));
+}
+inline void doubled_yuy2(__m256i s, __m256i s2, __m256i s4, __m256i& first, __m256i& second) {
+    const __m256i luma = _mm256_set1_epi16(0x00FF);
+    const __m256i m = _mm256_blendv_epi8(_mm256_avg_epu8(s, s4), _mm256_avg_epu8(s, s2), luma);
+    const __m256i swap24 = _mm256_setr_epi8(0, 1, 4, 3, 2, 5, 6, 7, 8, 9, 12, 11, 10, 13, 14, 15,
+                                            0, 1, 4, 3, 2, 5, 6, 7, 8, 9, 12, 11, 10, 13, 14, 15);
+    const __m256i lo = _mm256_shuffle_epi8(_mm256_unpacklo_epi32(s, m), swap24);
+    const __m256i hi = _mm256_shuffle_epi8(_mm256_unpackhi_epi32(s, m), swap24);
+    first = _mm256_permute2x128_si256(lo, hi, 0x20);
+    second = _mm256_permute2x128_si256(lo, hi, 0x31);
+}
+
 // How rgb_double_rows deals 32 pixels to the two lanes. 32-bit: lane 0 takes pixels 0-3, 8-11,
 // 16-19, 24-27 and lane 1 the runs between, so that each interleaving step yields 8 whole
 // pixels in row order. 16-bit: lane 0 takes 0-7 and 16-23. 24-bit: one block per lane.
@@ -212,6 +232,27 @@ struct Avx2Stretch : Sse2Stretch {
             x86w::store_lanes(dst + 32, dst + 96, _mm256_unpacklo_epi8(y_hi, uv_hi), _mm256_unpackhi_epi8(y_hi, uv_hi));
         }
         Sse2Stretch::double_size_yuy2_row<adjusted>(y0, y1, u0, u1, v0, v1, dst, blocks - i, a);
+    }
+
+    // 32 source bytes per step while the row goes on beyond them; the rest through SSE2.
+    template <bool adjusted>
+    static void double_yuy2_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between,
+                                 int pixels, const AdjustConstants& a) {
+        const x86w::Lanes l = x86w::lanes(a);
+        const __m256i uv_offset = _mm256_unpacklo_epi16(l.u_offset, l.v_offset);
+        auto load = [&](const uint8_t* p) { return adjusted ? x86sw::adjust_yuy2(x86sw::load32(p), l, uv_offset) : x86sw::load32(p); };
+        const int bytes = 2 * pixels;
+        int i = 0;
+        for (; i + 32 < bytes; i += 32) {
+            __m256i d0, d1, e0, e1;
+            x86sw::doubled_yuy2(load(above + i), load(above + i + 2), load(above + i + 4), d0, d1);
+            x86sw::doubled_yuy2(load(below + i), load(below + i + 2), load(below + i + 4), e0, e1);
+            x86sw::store32(copy + 2 * i, d0);
+            x86sw::store32(copy + 2 * i + 32, d1);
+            x86sw::store32(between + 2 * i, _mm256_avg_epu8(d0, e0));
+            x86sw::store32(between + 2 * i + 32, _mm256_avg_epu8(d1, e1));
+        }
+        Sse2Stretch::double_yuy2_pair<adjusted>(above + i, below + i, copy + 2 * i, between + 2 * i, (bytes - i) / 2, a);
     }
 
     static void average_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {

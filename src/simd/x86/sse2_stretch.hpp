@@ -64,6 +64,41 @@ inline Doubled doubled_block(const uint8_t* r0, const uint8_t* r1, bool low8, bo
     return {_mm_avg_epu8(d.even, e.even), _mm_avg_epu8(d.odd, e.odd)};
 }
 
+// Packed YUY2 bytes adjusted: luma in the even bytes, U and V alternating in the odd ones.
+inline __m128i adjust_yuy2(__m128i x, const x86::AdjustLanes& l) {
+    const __m128i y = x86::clamp_words(x86::adjust_words(_mm_and_si128(x, x86::low_bytes_mask()), l.luma_gain, l.luma_offset));
+    const __m128i c = x86::clamp_words(x86::adjust_words(_mm_srli_epi16(x, 8), l.chroma_gain, l.uv_offset));
+    return _mm_or_si128(y, _mm_slli_epi16(c, 8));
+}
+
+// Four YUY2 pixel pairs S doubled to eight, given the same row two bytes on (S2, for the next
+// luma) and four bytes on (S4, for the next chroma): each pair Y0 U Y1 V becomes
+// Y0 U avg(Y0, Y1) V  Y1 avg(U, U') avg(Y1, Y0') avg(V, V'). Returns the low and high 16 bytes.
+struct Pair {
+    __m128i lo, hi;
+};
+inline Pair doubled_yuy2(__m128i s, __m128i s2, __m128i s4) {
+    const __m128i luma = x86::low_bytes_mask();
+    // Per pair: avg(Y0, Y1) avg(U, U') avg(Y1, Y0') avg(V, V').
+    const __m128i m = _mm_or_si128(_mm_and_si128(_mm_avg_epu8(s, s2), luma), _mm_andnot_si128(luma, _mm_avg_epu8(s, s4)));
+    // S0 S1 S2 S3 M0 M1 M2 M3 per pair, then bytes 2 and 4 of each eight swapped.
+    auto swap24 = [](__m128i p) {
+        const __m128i keep = _mm_set1_epi64x(int64_t(0xFFFFFF00FF00FFFFull));
+        const __m128i at2 = _mm_set1_epi64x(0x0000000000FF0000ll), at4 = _mm_set1_epi64x(0x000000FF00000000ll);
+        return _mm_or_si128(_mm_and_si128(p, keep),
+                            _mm_or_si128(_mm_and_si128(_mm_srli_epi64(p, 16), at2), _mm_and_si128(_mm_slli_epi64(p, 16), at4)));
+    };
+    return {swap24(_mm_unpacklo_epi32(s, m)), swap24(_mm_unpackhi_epi32(s, m))};
+}
+// S2 and S4 of a row's last 16 bytes: the last pair's next luma is its own Y1, its next
+// chroma its own.
+inline __m128i edge_next_luma(__m128i s) {
+    return _mm_or_si128(_mm_srli_si128(s, 2), _mm_and_si128(s, _mm_setr_epi32(0, 0, 0, 0x00FF0000)));
+}
+inline __m128i edge_next_chroma(__m128i s) {
+    return _mm_or_si128(_mm_srli_si128(s, 4), _mm_and_si128(s, _mm_setr_epi32(0, 0, 0, -1)));
+}
+
 inline __m128i abs_diff_bytes(__m128i x, __m128i y) { return _mm_or_si128(_mm_subs_epu8(x, y), _mm_subs_epu8(y, x)); }
 
 // Sums of four neighbouring bytes of `d` (bytes 0..10) as 8 words, sum k = bytes k..k+3.
@@ -223,6 +258,27 @@ struct Sse2Stretch : PortableStretch {
             x86s::store16(dst + 16, _mm_unpackhi_epi8(y_lo, uv_lo));
             x86s::store16(dst + 32, _mm_unpacklo_epi8(y_hi, uv_hi));
             x86s::store16(dst + 48, _mm_unpackhi_epi8(y_hi, uv_hi));
+        }
+    }
+
+    // 16 source bytes per step; the row's last 16 take their edge from themselves.
+    template <bool adjusted>
+    static void double_yuy2_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between,
+                                 int pixels, const AdjustConstants& a) {
+        const x86::AdjustLanes l = x86::adjust_lanes(a.luma_gain, a.chroma_gain, a.luma_offset, a.u_offset, a.v_offset);
+        const int bytes = 2 * pixels;
+        auto load = [&](const uint8_t* p) { return adjusted ? x86s::adjust_yuy2(x86s::load16(p), l) : x86s::load16(p); };
+        auto doubled = [&](const uint8_t* row, int i) {
+            const __m128i s = load(row + i);
+            if (i + 16 < bytes) return x86s::doubled_yuy2(s, load(row + i + 2), load(row + i + 4));
+            return x86s::doubled_yuy2(s, x86s::edge_next_luma(s), x86s::edge_next_chroma(s));
+        };
+        for (int i = 0; i < bytes; i += 16) {
+            const x86s::Pair d = doubled(above, i), e = doubled(below, i);
+            x86s::store16(copy + 2 * i, d.lo);
+            x86s::store16(copy + 2 * i + 16, d.hi);
+            x86s::store16(between + 2 * i, _mm_avg_epu8(d.lo, e.lo));
+            x86s::store16(between + 2 * i + 16, _mm_avg_epu8(d.hi, e.hi));
         }
     }
 
