@@ -93,23 +93,13 @@ struct PortableStretch {
     template <bool adjusted>
     static void double_yuy2_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between,
                                  int pixels, const AdjustConstants& a) {
-        const int pairs = pixels / 2;
-        auto doubled = [&](const uint8_t* src, int j, uint8_t* out) {
-            const int k = j + 1 < pairs ? j + 1 : j;
-            auto luma = [&](uint8_t x) { return adjusted ? adjust_u8(x, a.luma_gain, a.luma_offset) : x; };
-            auto u = [&](uint8_t x) { return adjusted ? adjust_u8(x, a.chroma_gain, a.u_offset) : x; };
-            auto v = [&](uint8_t x) { return adjusted ? adjust_u8(x, a.chroma_gain, a.v_offset) : x; };
-            const uint8_t y0 = luma(src[4 * j]), y1 = luma(src[4 * j + 2]), y2 = k > j ? luma(src[4 * k]) : y1;
-            const uint8_t u0 = u(src[4 * j + 1]), u1 = u(src[4 * k + 1]);
-            const uint8_t v0 = v(src[4 * j + 3]), v1 = v(src[4 * k + 3]);
-            const uint8_t d[8] = {y0, u0, avg_u8(y0, y1), v0, y1, avg_u8(u0, u1), avg_u8(y1, y2), avg_u8(v0, v1)};
-            std::memcpy(out, d, 8);
-        };
-        for (int j = 0; j < pairs; ++j) {
-            uint8_t d[8], e[8];
-            doubled(above, j, d);
-            doubled(below, j, e);
-            for (int t = 0; t < 8; ++t) copy[8 * j + t] = d[t], between[8 * j + t] = avg_u8(d[t], e[t]);
+        for (int p = 0; p < pixels; p += yuy2_chunk) {
+            const int n = pixels - p < yuy2_chunk ? pixels - p : yuy2_chunk;
+            const bool edge = p + n == pixels;
+            doubled_yuy2<adjusted>(above + 2 * p, n, edge, a, copy + 4 * p);
+            uint8_t h[4 * yuy2_chunk];
+            doubled_yuy2<adjusted>(below + 2 * p, n, edge, a, h);
+            PortableCore::average(copy + 4 * p, h, between + 4 * p, 4 * n);
         }
     }
 
@@ -170,6 +160,33 @@ struct PortableStretch {
     }
 
 private:
+    static constexpr int yuy2_chunk = 16;  // pixels
+
+    // n pixels (even, at most yuy2_chunk) of a packed row split into planes with their right
+    // neighbours (the next pixels', or their own at the row's end), adjusted, doubled and
+    // joined again.
+    template <bool adjusted>
+    static void doubled_yuy2(const uint8_t* src, int n, bool edge, const AdjustConstants& a, uint8_t* out) {
+        const int c = n / 2;
+        uint8_t y[yuy2_chunk + 1], u[yuy2_chunk / 2 + 1], v[yuy2_chunk / 2 + 1];
+        uint8_t dy[2 * yuy2_chunk], du[yuy2_chunk], dv[yuy2_chunk];
+        PortableCore::split_yuy2(src, y, u, v, n);
+        if (edge) {
+            y[n] = y[n - 1], u[c] = u[c - 1], v[c] = v[c - 1];
+        } else {
+            y[n] = src[2 * n], u[c] = src[2 * n + 1], v[c] = src[2 * n + 3];
+        }
+        if (adjusted) {
+            PortableCore::adjust(y, y, n + 1, a.luma_gain, a.luma_offset);
+            PortableCore::adjust(u, u, c + 1, a.chroma_gain, a.u_offset);
+            PortableCore::adjust(v, v, c + 1, a.chroma_gain, a.v_offset);
+        }
+        double_run(y, y[n], dy, n);
+        double_run(u, u[c], du, c);
+        double_run(v, v[c], dv, c);
+        PortableCore::join_yuy2(dy, du, dv, out, 2 * n);
+    }
+
     static int abs_diff(uint8_t x, uint8_t y) { return x > y ? x - y : y - x; }
 
     // Direction j (offset d = j - 2) pairs a[d + k] with b[-d + k], k = 0..3. The search key

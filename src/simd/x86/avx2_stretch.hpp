@@ -106,11 +106,10 @@ inline __m256i doubled_pair(const uint8_t* r0, const uint8_t* r1, bool chroma, _
 // The 32-byte form of x86s::adjust_yuy2 and x86s::doubled_yuy2; the doubled pairs come out
 // lane by lane, so the two results hold the first and the second 32 bytes of the output.
 inline __m256i adjust_yuy2(__m256i x, const x86w::Lanes& l, __m256i uv_offset) {
-    const __m256i m = _mm256_set1_epi16(0x00FF), top = _mm256_set1_epi16(255), zero = _mm256_setzero_si256();
-    auto clamp = [&](__m256i w) { return _mm256_max_epi16(_mm256_min_epi16(w, top), zero); };
-    const __m256i y = clamp(x86w::adjust_words(_mm256_and_si256(x, m), l.luma_gain, l.luma_offset));
-    const __m256i c = clamp(x86w::adjust_words(_mm256_srli_epi16(x, 8), l.chroma_gain, uv_offset));
-    return _mm256_or_si256(y, _mm256_slli_epi16(c, 8));
+    const __m256i y = x86w::adjust_words(_mm256_and_si256(x, _mm256_set1_epi16(0x00FF)), l.luma_gain, l.luma_offset);
+    const __m256i c = x86w::adjust_words(_mm256_srli_epi16(x, 8), l.chroma_gain, uv_offset);
+    const __m256i p = _mm256_packus_epi16(y, c);  // per lane: 8 lumas, then 8 chroma bytes
+    return _mm256_unpacklo_epi8(p, _mm256_srli_si256(p, 8));
 }
 inline void doubled_yuy2(__m256i s, __m256i s2, __m256i s4, __m256i& first, __m256i& second) {
     const __m256i luma = _mm256_set1_epi16(0x00FF);
@@ -234,23 +233,33 @@ struct Avx2Stretch : Sse2Stretch {
         Sse2Stretch::double_size_yuy2_row<adjusted>(y0, y1, u0, u1, v0, v1, dst, blocks - i, a);
     }
 
-    // 32 source bytes per step while the row goes on beyond them; the rest through SSE2.
+    // 32 source bytes per step, each loaded and adjusted once, the neighbours taken from the
+    // next 32; the row's last 32 go through SSE2.
     template <bool adjusted>
     static void double_yuy2_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between,
                                  int pixels, const AdjustConstants& a) {
         const x86w::Lanes l = x86w::lanes(a);
         const __m256i uv_offset = _mm256_unpacklo_epi16(l.u_offset, l.v_offset);
         auto load = [&](const uint8_t* p) { return adjusted ? x86sw::adjust_yuy2(x86sw::load32(p), l, uv_offset) : x86sw::load32(p); };
+        auto doubled = [](__m256i s, __m256i next, __m256i& first, __m256i& second) {
+            const __m256i t = _mm256_permute2x128_si256(s, next, 0x21);  // s's high lane, next's low lane
+            x86sw::doubled_yuy2(s, _mm256_alignr_epi8(t, s, 2), _mm256_alignr_epi8(t, s, 4), first, second);
+        };
         const int bytes = 2 * pixels;
         int i = 0;
-        for (; i + 32 < bytes; i += 32) {
-            __m256i d0, d1, e0, e1;
-            x86sw::doubled_yuy2(load(above + i), load(above + i + 2), load(above + i + 4), d0, d1);
-            x86sw::doubled_yuy2(load(below + i), load(below + i + 2), load(below + i + 4), e0, e1);
-            x86sw::store32(copy + 2 * i, d0);
-            x86sw::store32(copy + 2 * i + 32, d1);
-            x86sw::store32(between + 2 * i, _mm256_avg_epu8(d0, e0));
-            x86sw::store32(between + 2 * i + 32, _mm256_avg_epu8(d1, e1));
+        if (bytes > 32) {
+            __m256i sa = load(above), sb = load(below);
+            for (; i + 32 < bytes; i += 32) {
+                const __m256i na = load(above + i + 32), nb = load(below + i + 32);
+                __m256i d0, d1, e0, e1;
+                doubled(sa, na, d0, d1);
+                doubled(sb, nb, e0, e1);
+                x86sw::store32(copy + 2 * i, d0);
+                x86sw::store32(copy + 2 * i + 32, d1);
+                x86sw::store32(between + 2 * i, _mm256_avg_epu8(d0, e0));
+                x86sw::store32(between + 2 * i + 32, _mm256_avg_epu8(d1, e1));
+                sa = na, sb = nb;
+            }
         }
         Sse2Stretch::double_yuy2_pair<adjusted>(above + i, below + i, copy + 2 * i, between + 2 * i, (bytes - i) / 2, a);
     }

@@ -66,9 +66,10 @@ inline Doubled doubled_block(const uint8_t* r0, const uint8_t* r1, bool low8, bo
 
 // Packed YUY2 bytes adjusted: luma in the even bytes, U and V alternating in the odd ones.
 inline __m128i adjust_yuy2(__m128i x, const x86::AdjustLanes& l) {
-    const __m128i y = x86::clamp_words(x86::adjust_words(_mm_and_si128(x, x86::low_bytes_mask()), l.luma_gain, l.luma_offset));
-    const __m128i c = x86::clamp_words(x86::adjust_words(_mm_srli_epi16(x, 8), l.chroma_gain, l.uv_offset));
-    return _mm_or_si128(y, _mm_slli_epi16(c, 8));
+    const __m128i y = x86::adjust_words(_mm_and_si128(x, x86::low_bytes_mask()), l.luma_gain, l.luma_offset);
+    const __m128i c = x86::adjust_words(_mm_srli_epi16(x, 8), l.chroma_gain, l.uv_offset);
+    const __m128i p = _mm_packus_epi16(y, c);  // 8 lumas, then 8 chroma bytes
+    return _mm_unpacklo_epi8(p, _mm_srli_si128(p, 8));
 }
 
 // Four YUY2 pixel pairs S doubled to eight, given the same row two bytes on (S2, for the next
@@ -81,14 +82,12 @@ inline Pair doubled_yuy2(__m128i s, __m128i s2, __m128i s4) {
     const __m128i luma = x86::low_bytes_mask();
     // Per pair: avg(Y0, Y1) avg(U, U') avg(Y1, Y0') avg(V, V').
     const __m128i m = _mm_or_si128(_mm_and_si128(_mm_avg_epu8(s, s2), luma), _mm_andnot_si128(luma, _mm_avg_epu8(s, s4)));
-    // S0 S1 S2 S3 M0 M1 M2 M3 per pair, then bytes 2 and 4 of each eight swapped.
-    auto swap24 = [](__m128i p) {
-        const __m128i keep = _mm_set1_epi64x(int64_t(0xFFFFFF00FF00FFFFull));
-        const __m128i at2 = _mm_set1_epi64x(0x0000000000FF0000ll), at4 = _mm_set1_epi64x(0x000000FF00000000ll);
-        return _mm_or_si128(_mm_and_si128(p, keep),
-                            _mm_or_si128(_mm_and_si128(_mm_srli_epi64(p, 16), at2), _mm_and_si128(_mm_slli_epi64(p, 16), at4)));
-    };
-    return {swap24(_mm_unpacklo_epi32(s, m)), swap24(_mm_unpackhi_epi32(s, m))};
+    // Per pair, the first doubled pair is S with M's byte 0 at byte 2, the second M with S's
+    // byte 2 at byte 0.
+    const __m128i byte2 = _mm_set1_epi32(0x00FF0000), byte0 = _mm_set1_epi32(0xFF);
+    const __m128i a = _mm_or_si128(_mm_andnot_si128(byte2, s), _mm_and_si128(_mm_slli_epi32(m, 16), byte2));
+    const __m128i b = _mm_or_si128(_mm_andnot_si128(byte0, m), _mm_and_si128(_mm_srli_epi32(s, 16), byte0));
+    return {_mm_unpacklo_epi32(a, b), _mm_unpackhi_epi32(a, b)};
 }
 // S2 and S4 of a row's last 16 bytes: the last pair's next luma is its own Y1, its next
 // chroma its own.
@@ -261,20 +260,29 @@ struct Sse2Stretch : PortableStretch {
         }
     }
 
-    // 16 source bytes per step; the row's last 16 take their edge from themselves.
+    // 16 source bytes per step, each loaded and adjusted once: the neighbours come from the
+    // next 16, or, for the row's last 16, from themselves.
     template <bool adjusted>
     static void double_yuy2_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between,
                                  int pixels, const AdjustConstants& a) {
         const x86::AdjustLanes l = x86::adjust_lanes(a.luma_gain, a.chroma_gain, a.luma_offset, a.u_offset, a.v_offset);
         const int bytes = 2 * pixels;
         auto load = [&](const uint8_t* p) { return adjusted ? x86s::adjust_yuy2(x86s::load16(p), l) : x86s::load16(p); };
-        auto doubled = [&](const uint8_t* row, int i) {
-            const __m128i s = load(row + i);
-            if (i + 16 < bytes) return x86s::doubled_yuy2(s, load(row + i + 2), load(row + i + 4));
-            return x86s::doubled_yuy2(s, x86s::edge_next_luma(s), x86s::edge_next_chroma(s));
+        auto doubled = [](__m128i s, __m128i next) {
+            return x86s::doubled_yuy2(s, _mm_or_si128(_mm_srli_si128(s, 2), _mm_slli_si128(next, 14)),
+                                      _mm_or_si128(_mm_srli_si128(s, 4), _mm_slli_si128(next, 12)));
         };
+        auto doubled_edge = [](__m128i s) { return x86s::doubled_yuy2(s, x86s::edge_next_luma(s), x86s::edge_next_chroma(s)); };
+        __m128i sa = load(above), sb = load(below);
         for (int i = 0; i < bytes; i += 16) {
-            const x86s::Pair d = doubled(above, i), e = doubled(below, i);
+            x86s::Pair d, e;
+            if (i + 16 < bytes) {
+                const __m128i na = load(above + i + 16), nb = load(below + i + 16);
+                d = doubled(sa, na), e = doubled(sb, nb);
+                sa = na, sb = nb;
+            } else {
+                d = doubled_edge(sa), e = doubled_edge(sb);
+            }
             x86s::store16(copy + 2 * i, d.lo);
             x86s::store16(copy + 2 * i + 16, d.hi);
             x86s::store16(between + 2 * i, _mm_avg_epu8(d.lo, e.lo));
