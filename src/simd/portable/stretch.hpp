@@ -48,10 +48,8 @@ struct PortableStretch {
     // Horizontal doubling of n samples into 2n: each sample, then the rounded average of it
     // and its right neighbour. `next` is the neighbour of the last sample.
     static void double_run(const uint8_t* src, uint8_t next, uint8_t* dst, int n) {
-        for (int i = 0; i < n; ++i) {
-            dst[2 * i] = src[i];
-            dst[2 * i + 1] = avg_u8(src[i], i + 1 < n ? src[i + 1] : next);
-        }
+        for (int i = 0; i + 1 < n; ++i) dst[2 * i] = src[i], dst[2 * i + 1] = avg_u8(src[i], src[i + 1]);
+        if (n > 0) dst[2 * n - 2] = src[n - 1], dst[2 * n - 1] = avg_u8(src[n - 1], next);
     }
 
     // One YUY2 row of the double-size stretch from planar rows, in blocks of 16 source pixels
@@ -132,13 +130,14 @@ struct PortableStretch {
     // Two source rows of n samples, each doubled with its last sample as its own right
     // neighbour: H(above) into `copy` and avg(H(above), H(below)) into `between` (2n bytes each).
     static void double_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between, int n) {
-        for (int i = 0; i < n; ++i) {
-            const int right = i + 1 < n ? i + 1 : i;
+        auto pair = [&](int i, int right) {
             const uint8_t a0 = above[i], a1 = avg_u8(above[i], above[right]);
             const uint8_t b0 = below[i], b1 = avg_u8(below[i], below[right]);
             copy[2 * i] = a0, copy[2 * i + 1] = a1;
             between[2 * i] = avg_u8(a0, b0), between[2 * i + 1] = avg_u8(a1, b1);
-        }
+        };
+        for (int i = 0; i + 1 < n; ++i) pair(i, i + 1);
+        if (n > 0) pair(n - 1, n - 1);
     }
 
     // Edge-directed interpolation between rows a (above) and b (below), n a multiple of 4,
