@@ -66,13 +66,14 @@ void stretch_2x2_yuy2(void* src_, void* dst_, int32_t width, int32_t height, int
     if (width >= 4 * yuy2_strip && width % (2 * yuy2_strip) == 0 &&
         (dst_stride >= row_bytes || -ptrdiff_t(dst_stride) >= row_bytes)) {
         const ptrdiff_t dp = dst_stride;
-        for (int32_t r = 0; r + 1 < rows; ++r)
-            V::template double_yuy2_pair<Adjust::enabled>(src + ptrdiff_t(r) * width, src + ptrdiff_t(r + 1) * width,
-                                                          dst + 2 * r * dp, dst + (2 * r + 1) * dp, width / 2, a);
-        // Deliberate: the bottom row repeats the one above it.
-        const uint8_t* last = src + ptrdiff_t(rows - 1) * width;
-        V::template double_yuy2_pair<Adjust::enabled>(last, last, dst + (2 * rows - 2) * dp, dst + (2 * rows - 1) * dp,
-                                                      width / 2, a);
+        // Source rows two at a time (rows is even), with the row below; the last pair takes
+        // its own bottom row again, which repeats the bottom row as it must.
+        for (int32_t r = 0; r < rows; r += 2) {
+            const uint8_t* const s[3] = {src + ptrdiff_t(r) * width, src + ptrdiff_t(r + 1) * width,
+                                         src + ptrdiff_t(r + 2 < rows ? r + 2 : r + 1) * width};
+            uint8_t* const d[4] = {dst + 2 * r * dp, dst + (2 * r + 1) * dp, dst + (2 * r + 2) * dp, dst + (2 * r + 3) * dp};
+            V::template double_yuy2_rows<Adjust::enabled>(s, d, width / 2, a);
+        }
         return;
     }
     uint32_t counter = static_cast<uint32_t>(width) - 2 * yuy2_strip;

@@ -84,20 +84,24 @@ struct PortableStretch {
         }
     }
 
-    // Two packed YUY2 rows of `pixels` pixels (even), each adjusted when `adjusted` and doubled
-    // in width, luma and each chroma plane with its right neighbour (the row's last samples
-    // repeat): the doubled `above` into `copy`, its average with the doubled `below` into
-    // `between` (4 * pixels bytes each).
+    // Three packed YUY2 rows of `pixels` pixels (even), each adjusted when `adjusted` and
+    // doubled in width, luma and each chroma plane with its right neighbour (the row's last
+    // samples repeat), D0, D1, D2: into dst D0, avg(D0, D1), D1, avg(D1, D2), 4 * pixels
+    // bytes each.
     template <bool adjusted>
-    static void double_yuy2_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between,
-                                 int pixels, const AdjustConstants& a) {
+    static void double_yuy2_rows(const uint8_t* const src[3], uint8_t* const dst[4], int pixels,
+                                 const AdjustConstants& a) {
         for (int p = 0; p < pixels; p += yuy2_chunk) {
             const int n = pixels - p < yuy2_chunk ? pixels - p : yuy2_chunk;
             const bool edge = p + n == pixels;
-            doubled_yuy2<adjusted>(above + 2 * p, n, edge, a, copy + 4 * p);
-            uint8_t h[4 * yuy2_chunk];
-            doubled_yuy2<adjusted>(below + 2 * p, n, edge, a, h);
-            PortableCore::average(copy + 4 * p, h, between + 4 * p, 4 * n);
+            uint8_t* d0 = dst[0] + 4 * p;
+            uint8_t* d1 = dst[2] + 4 * p;
+            uint8_t d2[4 * yuy2_chunk];
+            doubled_yuy2<adjusted>(src[0] + 2 * p, n, edge, a, d0);
+            doubled_yuy2<adjusted>(src[1] + 2 * p, n, edge, a, d1);
+            doubled_yuy2<adjusted>(src[2] + 2 * p, n, edge, a, d2);
+            PortableCore::average(d0, d1, dst[1] + 4 * p, 4 * n);
+            PortableCore::average(d1, d2, dst[3] + 4 * p, 4 * n);
         }
     }
 

@@ -236,8 +236,8 @@ struct Avx2Stretch : Sse2Stretch {
     // 32 source bytes per step, each loaded and adjusted once, the neighbours taken from the
     // next 32; the row's last 32 go through SSE2.
     template <bool adjusted>
-    static void double_yuy2_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between,
-                                 int pixels, const AdjustConstants& a) {
+    static void double_yuy2_rows(const uint8_t* const src[3], uint8_t* const dst[4], int pixels,
+                                 const AdjustConstants& a) {
         const x86w::Lanes l = x86w::lanes(a);
         const __m256i uv_offset = _mm256_unpacklo_epi16(l.u_offset, l.v_offset);
         auto load = [&](const uint8_t* p) { return adjusted ? x86sw::adjust_yuy2(x86sw::load32(p), l, uv_offset) : x86sw::load32(p); };
@@ -248,20 +248,25 @@ struct Avx2Stretch : Sse2Stretch {
         const int bytes = 2 * pixels;
         int i = 0;
         if (bytes > 32) {
-            __m256i sa = load(above), sb = load(below);
+            __m256i s[3] = {load(src[0]), load(src[1]), load(src[2])};
             for (; i + 32 < bytes; i += 32) {
-                const __m256i na = load(above + i + 32), nb = load(below + i + 32);
-                __m256i d0, d1, e0, e1;
-                doubled(sa, na, d0, d1);
-                doubled(sb, nb, e0, e1);
-                x86sw::store32(copy + 2 * i, d0);
-                x86sw::store32(copy + 2 * i + 32, d1);
-                x86sw::store32(between + 2 * i, _mm256_avg_epu8(d0, e0));
-                x86sw::store32(between + 2 * i + 32, _mm256_avg_epu8(d1, e1));
-                sa = na, sb = nb;
+                __m256i d[3][2];
+                for (int k = 0; k < 3; ++k) {
+                    const __m256i next = load(src[k] + i + 32);
+                    doubled(s[k], next, d[k][0], d[k][1]);
+                    s[k] = next;
+                }
+                for (int h = 0; h < 2; ++h) {
+                    x86sw::store32(dst[0] + 2 * i + 32 * h, d[0][h]);
+                    x86sw::store32(dst[1] + 2 * i + 32 * h, _mm256_avg_epu8(d[0][h], d[1][h]));
+                    x86sw::store32(dst[2] + 2 * i + 32 * h, d[1][h]);
+                    x86sw::store32(dst[3] + 2 * i + 32 * h, _mm256_avg_epu8(d[1][h], d[2][h]));
+                }
             }
         }
-        Sse2Stretch::double_yuy2_pair<adjusted>(above + i, below + i, copy + 2 * i, between + 2 * i, (bytes - i) / 2, a);
+        const uint8_t* const rest_src[3] = {src[0] + i, src[1] + i, src[2] + i};
+        uint8_t* const rest_dst[4] = {dst[0] + 2 * i, dst[1] + 2 * i, dst[2] + 2 * i, dst[3] + 2 * i};
+        Sse2Stretch::double_yuy2_rows<adjusted>(rest_src, rest_dst, (bytes - i) / 2, a);
     }
 
     static void average_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {

@@ -263,8 +263,8 @@ struct Sse2Stretch : PortableStretch {
     // 16 source bytes per step, each loaded and adjusted once: the neighbours come from the
     // next 16, or, for the row's last 16, from themselves.
     template <bool adjusted>
-    static void double_yuy2_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between,
-                                 int pixels, const AdjustConstants& a) {
+    static void double_yuy2_rows(const uint8_t* const src[3], uint8_t* const dst[4], int pixels,
+                                 const AdjustConstants& a) {
         const x86::AdjustLanes l = x86::adjust_lanes(a.luma_gain, a.chroma_gain, a.luma_offset, a.u_offset, a.v_offset);
         const int bytes = 2 * pixels;
         auto load = [&](const uint8_t* p) { return adjusted ? x86s::adjust_yuy2(x86s::load16(p), l) : x86s::load16(p); };
@@ -273,20 +273,25 @@ struct Sse2Stretch : PortableStretch {
                                       _mm_or_si128(_mm_srli_si128(s, 4), _mm_slli_si128(next, 12)));
         };
         auto doubled_edge = [](__m128i s) { return x86s::doubled_yuy2(s, x86s::edge_next_luma(s), x86s::edge_next_chroma(s)); };
-        __m128i sa = load(above), sb = load(below);
+        __m128i s[3] = {load(src[0]), load(src[1]), load(src[2])};
         for (int i = 0; i < bytes; i += 16) {
-            x86s::Pair d, e;
+            x86s::Pair d[3];
             if (i + 16 < bytes) {
-                const __m128i na = load(above + i + 16), nb = load(below + i + 16);
-                d = doubled(sa, na), e = doubled(sb, nb);
-                sa = na, sb = nb;
+                for (int k = 0; k < 3; ++k) {
+                    const __m128i next = load(src[k] + i + 16);
+                    d[k] = doubled(s[k], next), s[k] = next;
+                }
             } else {
-                d = doubled_edge(sa), e = doubled_edge(sb);
+                for (int k = 0; k < 3; ++k) d[k] = doubled_edge(s[k]);
             }
-            x86s::store16(copy + 2 * i, d.lo);
-            x86s::store16(copy + 2 * i + 16, d.hi);
-            x86s::store16(between + 2 * i, _mm_avg_epu8(d.lo, e.lo));
-            x86s::store16(between + 2 * i + 16, _mm_avg_epu8(d.hi, e.hi));
+            x86s::store16(dst[0] + 2 * i, d[0].lo);
+            x86s::store16(dst[0] + 2 * i + 16, d[0].hi);
+            x86s::store16(dst[1] + 2 * i, _mm_avg_epu8(d[0].lo, d[1].lo));
+            x86s::store16(dst[1] + 2 * i + 16, _mm_avg_epu8(d[0].hi, d[1].hi));
+            x86s::store16(dst[2] + 2 * i, d[1].lo);
+            x86s::store16(dst[2] + 2 * i + 16, d[1].hi);
+            x86s::store16(dst[3] + 2 * i, _mm_avg_epu8(d[1].lo, d[2].lo));
+            x86s::store16(dst[3] + 2 * i + 16, _mm_avg_epu8(d[1].hi, d[2].hi));
         }
     }
 
