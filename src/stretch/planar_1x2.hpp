@@ -43,6 +43,16 @@ void double_height_row(const PlanarStretch& s, const AdjustConstants& a, int32_t
                        Taps chroma) {
     constexpr int n = stretch_block;
     uint8_t* d = s.dst_row(r);
+    if constexpr (!Adjust::enabled) {
+        // Copies and averages only: one pass, a copied row averaged with itself.
+        const uint8_t* y0 = s.y.row(luma.first);
+        const uint8_t* y1 = luma.count == 1 ? y0 : s.y.row(luma.first + 1);
+        const uint8_t *u0 = s.u.row(chroma.first), *v0 = s.v.row(chroma.first);
+        const uint8_t* u1 = chroma.count == 1 ? u0 : s.u.row(chroma.first + 1);
+        const uint8_t* v1 = chroma.count == 1 ? v0 : s.v.row(chroma.first + 1);
+        V::join_yuy2_averaged(y0, y1, u0, u1, v0, v1, d, int(s.blocks) * n);
+        return;
+    }
     for (uint32_t i = 0; i < s.blocks; i += stretch_chunk) {
         const int count = int(s.blocks - i < stretch_chunk ? s.blocks - i : stretch_chunk);
         const int ny = count * n, nc = count * n / 2;

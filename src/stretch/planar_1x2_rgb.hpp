@@ -1,8 +1,7 @@
 // Planar YV12 frame to an RGB surface of twice the height, adjusted before the rounded
 // two-row interpolation and converted in the same pass. The picture is walked in vertical
 // strips 16 pixels wide so that each source sample is adjusted once per strip; where the
-// destination rows do not overlap, neighbouring strips go down together as one band, which
-// writes the same bytes and keeps a full-HD surface from thrashing the cache.
+// destination rows do not overlap, the order does not show and the picture goes row by row.
 #pragma once
 
 #include <utility>
@@ -14,17 +13,15 @@ namespace dispconv::kernels {
 namespace {
 
 constexpr int rgb_strip = 16;             // pixels
-constexpr int rgb_band = 32 * rgb_strip;  // pixels of neighbouring strips walked together
 
-// A band of strips (n pixels, a multiple of 16), top to bottom, on the double-height schedule
-// with the last row repeated.
+// One strip, top to bottom, on the double-height schedule with the last row repeated.
 template <class V, class Format>
 void rgb_strip_rows(const uint8_t* src_y, const uint8_t* src_u, const uint8_t* src_v,
-                    uint8_t* dst, int n, int32_t pairs, ptrdiff_t y_pitch, ptrdiff_t c_pitch,
+                    uint8_t* dst, int32_t pairs, ptrdiff_t y_pitch, ptrdiff_t c_pitch,
                     ptrdiff_t dst_pitch, const AdjustConstants& a, const Rgb16Layout& layout) {
-    const int c = n / 2;
-    uint8_t y_buf[3][rgb_band], u_buf[2][rgb_band / 2], v_buf[2][rgb_band / 2];
-    uint8_t y_mid[rgb_band], u_mid[rgb_band / 2], v_mid[rgb_band / 2];
+    constexpr int n = rgb_strip, c = n / 2;
+    uint8_t y_buf[3][n], u_buf[2][c], v_buf[2][c];
+    uint8_t y_mid[n], u_mid[c], v_mid[c];
     uint8_t *y_top = y_buf[0], *y_bottom = y_buf[1], *y_next = y_buf[2];
     uint8_t *u_top = u_buf[0], *u_next = u_buf[1], *v_top = v_buf[0], *v_next = v_buf[1];
     auto load = [&](const uint8_t* src, uint8_t* out, int count, Channel ch) {
@@ -63,6 +60,28 @@ void rgb_strip_rows(const uint8_t* src_y, const uint8_t* src_u, const uint8_t* s
     store(4 * k + 3, y_bottom, u_top, v_top);
 }
 
+// Where destination rows do not overlap, the strips' order does not show in the result: the
+// whole width then goes down row by row, four destination rows per source pair in one pass.
+template <class V, class Format>
+void rgb_rows(const uint8_t* src_y, const uint8_t* src_u, const uint8_t* src_v, uint8_t* dst, int n,
+              int32_t pairs, ptrdiff_t y_pitch, ptrdiff_t c_pitch, ptrdiff_t dst_pitch,
+              const AdjustConstants& a, const Rgb16Layout& layout) {
+    for (int32_t k = 0; k < pairs; ++k) {
+        const bool last = k + 1 == pairs;
+        const uint8_t* top = src_y + 2 * k * y_pitch;
+        const uint8_t* bottom = top + y_pitch;
+        const uint8_t* u0 = src_u + k * c_pitch;
+        const uint8_t* v0 = src_v + k * c_pitch;
+        uint8_t* const rows[4] = {dst + 4 * k * dst_pitch, dst + (4 * k + 1) * dst_pitch,
+                                  dst + (4 * k + 2) * dst_pitch, dst + (4 * k + 3) * dst_pitch};
+        // The last pair has no rows below: averaging with itself gives the copies it needs,
+        // the bottom row repeating the one above it.
+        V::template rgb_double_rows<Format>(top, bottom, last ? bottom : bottom + y_pitch, u0,
+                                            last ? u0 : u0 + c_pitch, v0, last ? v0 : v0 + c_pitch,
+                                            rows, n, a, layout);
+    }
+}
+
 // Strips end when the counter (width, lowered by 16 per strip) is no longer above zero, or,
 // for the 24- and 16-bit surfaces, only when it reaches zero exactly.
 template <class V, class Format, bool exact_end>
@@ -86,18 +105,13 @@ void stretch_1x2_rgb(void* src_y, void* src_u, void* src_v, void* dst, int32_t w
     uint32_t strips = exact_end ? uint32_t(width) / rgb_strip : loop_count(width, rgb_strip);
     const ptrdiff_t row_bytes = ptrdiff_t(strips) * rgb_strip * bpp;
     if (known_end && (dst_stride >= row_bytes || -ptrdiff_t(dst_stride) >= row_bytes)) {
-        while (strips) {
-            const uint32_t band = strips < uint32_t(rgb_band / rgb_strip) ? strips : rgb_band / rgb_strip;
-            rgb_strip_rows<V, Format>(y, u, v, d, int(band) * rgb_strip, pairs, src_stride, c_pitch, dst_stride, a, layout);
-            y += band * rgb_strip, u += band * rgb_strip / 2, v += band * rgb_strip / 2, d += band * rgb_strip * bpp;
-            strips -= band;
-        }
+        rgb_rows<V, Format>(y, u, v, d, int(strips) * rgb_strip, pairs, src_stride, c_pitch, dst_stride, a, layout);
         return;
     }
     uint32_t counter = static_cast<uint32_t>(width);
     strips = exact_end ? 0 : loop_count(width, rgb_strip);
     do {
-        rgb_strip_rows<V, Format>(y, u, v, d, rgb_strip, pairs, src_stride, c_pitch, dst_stride, a, layout);
+        rgb_strip_rows<V, Format>(y, u, v, d, pairs, src_stride, c_pitch, dst_stride, a, layout);
         y += rgb_strip, u += rgb_strip / 2, v += rgb_strip / 2, d += rgb_strip * bpp;
         counter -= rgb_strip;
     } while (exact_end ? counter != 0 : --strips != 0);

@@ -3,45 +3,25 @@
 // source samples before any interpolation.
 #pragma once
 
+#include <utility>
+
 #include "stretch/planar_1x2.hpp"
 
 namespace dispconv::kernels {
 namespace {
 
-// n source samples (adjusted if enabled) doubled into 2n. The neighbour of the last sample is
-// the sample after the run, or the last sample itself at the right edge.
-template <class V, class Adjust>
-void doubled_run(const uint8_t* src, int n, bool right_edge, Channel c, uint8_t* out) {
-    uint8_t s[stretch_block + 1];
-    V::copy(src, s, right_edge ? n : n + 1);
-    maybe_adjust<V, Adjust>(s, right_edge ? n : n + 1, c);
-    V::double_run(s, right_edge ? s[n - 1] : s[n], out, n);
-}
-
-// The doubled row that `taps` names (one row, or the average of two doubled rows).
-template <class V, class Adjust>
-void doubled_rows(const PlaneRows& plane, Taps taps, ptrdiff_t x, int n, bool right_edge,
-                  Channel c, uint8_t* out) {
-    doubled_run<V, Adjust>(plane.row(taps.first) + x, n, right_edge, c, out);
-    if (taps.count == 1) return;
-    uint8_t below[2 * stretch_block];
-    doubled_run<V, Adjust>(plane.row(taps.first + 1) + x, n, right_edge, c, below);
-    V::average(out, below, out, 2 * n);
-}
-
+// One destination row: each plane's row, or the average of two doubled rows, doubled.
 template <class V, class Adjust>
 void double_size_row(const PlanarStretch& s, const AdjustConstants& a, int32_t r, Taps luma,
                      Taps chroma) {
-    constexpr int n = stretch_block;
-    uint8_t* d = s.dst_row(r);
-    for (uint32_t i = 0; i < s.blocks; ++i) {
-        const bool last = i + 1 == s.blocks;
-        uint8_t y[2 * n], u[n], v[n];
-        doubled_rows<V, Adjust>(s.y, luma, ptrdiff_t(i) * n, n, last, luma_channel(a), y);
-        doubled_rows<V, Adjust>(s.u, chroma, ptrdiff_t(i) * n / 2, n / 2, last, u_channel(a), u);
-        doubled_rows<V, Adjust>(s.v, chroma, ptrdiff_t(i) * n / 2, n / 2, last, v_channel(a), v);
-        V::join_yuy2(y, u, v, d + ptrdiff_t(i) * 4 * n, 2 * n);
-    }
+    auto rows = [](const PlaneRows& p, Taps t) {
+        const uint8_t* r0 = p.row(t.first);
+        return std::pair{r0, t.count == 1 ? r0 : p.row(t.first + 1)};
+    };
+    const auto [y0, y1] = rows(s.y, luma);
+    const auto [u0, u1] = rows(s.u, chroma);
+    const auto [v0, v1] = rows(s.v, chroma);
+    V::template double_size_yuy2_row<Adjust::enabled>(y0, y1, u0, u1, v0, v1, s.dst_row(r), s.blocks, a);
 }
 
 template <class V, class Adjust>

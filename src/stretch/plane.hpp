@@ -11,15 +11,12 @@ namespace {
 
 constexpr int plane_strip = 8;  // source columns per strip or block
 
-constexpr int plane_band = 64 * plane_strip;  // source columns of neighbouring strips walked together
-
-// A band of strips (n source columns, a multiple of `plane_strip`), top to bottom. Ordinary
-// strips double with the next strip's first sample as the right neighbour; the last strip
-// repeats its own last sample.
+// One strip (n = plane_strip source columns), top to bottom. Ordinary strips double with the
+// next strip's first sample as the right neighbour; the last strip repeats its own last sample.
 template <class V>
 void plane_strip_rows(const uint8_t* src, uint8_t* dst, int n, int32_t height, ptrdiff_t src_pitch,
                       ptrdiff_t dst_pitch, bool last_strip) {
-    uint8_t buf[2][2 * plane_band];
+    uint8_t buf[2][2 * plane_strip];
     uint8_t *above = buf[0], *row = buf[1];
     auto doubled = [&](const uint8_t* s, uint8_t* out) {
         V::double_run(s, last_strip ? s[n - 1] : s[n], out, n);
@@ -37,21 +34,33 @@ void plane_strip_rows(const uint8_t* src, uint8_t* dst, int n, int32_t height, p
     V::copy(above, dst + (2 * ptrdiff_t(height) - (last_strip ? 1 : 0)) * dst_pitch, 2 * n);
 }
 
-// Strips are independent columns, so where destination rows do not overlap, the ordinary
-// strips go down together in bands: the same bytes, without thrashing the cache.
+// Strips are independent columns, so where destination rows do not overlap their order does
+// not show: the picture then goes row by row over all strips at once, the same bytes.
 template <class V>
 void strech_pic_2X2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height, int32_t src_stride,
                     int32_t dst_stride) {
     const uint32_t ordinary = loop_count(width - plane_strip, plane_strip);
     const ptrdiff_t row_bytes = 2 * plane_strip * (ptrdiff_t(ordinary) + 1);
-    const bool banded = width >= 2 * plane_strip && (dst_stride >= row_bytes || -ptrdiff_t(dst_stride) >= row_bytes);
-    const uint32_t band = banded ? plane_band / plane_strip : 1;
-    for (uint32_t i = 0; i < ordinary;) {
-        const uint32_t strips = ordinary - i < band ? ordinary - i : band;
-        plane_strip_rows<V>(src + ptrdiff_t(i) * plane_strip, dst + ptrdiff_t(i) * 2 * plane_strip,
-                            int(strips) * plane_strip, height, src_stride, dst_stride, false);
-        i += strips;
+    const bool by_rows = width >= 2 * plane_strip && (dst_stride >= row_bytes || -ptrdiff_t(dst_stride) >= row_bytes);
+    if (by_rows) {
+        // Only the last strip repeats its edge; the others take the next strip's first sample.
+        const int n = int(ordinary + 1) * plane_strip;
+        const ptrdiff_t sp = src_stride, dp = dst_stride;
+        for (int32_t r = 0; r + 1 < height; ++r)
+            V::double_pair(src + r * sp, src + (r + 1) * sp, dst + 2 * r * dp, dst + (2 * r + 1) * dp, n);
+        const uint8_t* last = src + (height > 1 ? height - 1 : 0) * sp;
+        uint8_t* bottom = dst + (2 * ptrdiff_t(height) - 2) * dp;
+        V::double_run(last, last[n - 1], bottom, n);
+        // Deliberate: the ordinary strips repeat the bottom row one row below the picture and
+        // leave row 2 * height - 1 as it was; only the last strip repeats it in place.
+        const int ordinary_bytes = 2 * (n - plane_strip);
+        V::copy(bottom, bottom + 2 * dp, ordinary_bytes);
+        V::copy(bottom + ordinary_bytes, bottom + dp + ordinary_bytes, 2 * plane_strip);
+        return;
     }
+    for (uint32_t i = 0; i < ordinary; ++i)
+        plane_strip_rows<V>(src + ptrdiff_t(i) * plane_strip, dst + ptrdiff_t(i) * 2 * plane_strip, plane_strip,
+                            height, src_stride, dst_stride, false);
     plane_strip_rows<V>(src + ptrdiff_t(ordinary) * plane_strip,
                         dst + ptrdiff_t(ordinary) * 2 * plane_strip, plane_strip, height, src_stride,
                         dst_stride, true);
@@ -67,54 +76,25 @@ inline Channel plane_channel(const AdjustConstants& a, int32_t plane) {
     return {a.luma_gain, offset};
 }
 
-// n samples doubled with the byte after them as the last one's neighbour.
-template <class V>
-void doubled_in_memory(const uint8_t* src, int n, uint8_t* out) {
-    V::double_run(src, src[n], out, n);
-}
-
 // The plane walks take the channel from their caller, so that a YV12 wrapper adjusts its three
 // planes with one snapshot of the constants.
 template <class V>
 void stretch_plane_2x2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
                        int32_t src_stride, int32_t dst_stride, Channel ch) {
     constexpr int block = 2 * plane_strip;  // source samples per block of the row pairs
-    auto put = [&](const uint8_t* samples, uint8_t* d, int n) { V::adjust(samples, d, n, ch.gain, ch.offset); };
 
     // Row 0 in 8-sample blocks; the last sample of the row is averaged with the byte after it.
-    const uint32_t first_blocks = loop_count(width, plane_strip);
-    for (uint32_t i = 0; i < first_blocks; ++i) {
-        uint8_t h[2 * plane_strip];
-        doubled_in_memory<V>(src + ptrdiff_t(i) * plane_strip, plane_strip, h);
-        put(h, dst + ptrdiff_t(i) * 2 * plane_strip, 2 * plane_strip);
-    }
+    V::double_adjust(src, src, dst, int(loop_count(width, plane_strip)) * plane_strip, ch.gain, ch.offset);
 
-    // The row pairs: whole 16-sample blocks (at least one), then, for a width off the block,
-    // the row's last 16 samples copied and averaged without doubling.
+    // The row pairs: whole 16-sample blocks (at least one), each reading the byte after it,
+    // then, for a width off the block, the row's last 16 samples copied and averaged without
+    // doubling. A row given twice is doubled (or copied) as it is.
     const int32_t whole = width >= 2 * block ? width / block * block : block;
     const int32_t rem = width % block;
-    auto doubled_row = [&](const uint8_t* s, uint8_t* d) {
-        for (int32_t x = 0; x < whole; x += block) {
-            uint8_t h[2 * block];
-            doubled_in_memory<V>(s + x, block, h);
-            put(h, d + 2 * x, 2 * block);
-        }
-        if (rem) put(s + whole - (block - rem), d + 2 * whole - (block - rem), block);
-    };
-    auto averaged_row = [&](const uint8_t* s, const uint8_t* below, uint8_t* d) {
-        for (int32_t x = 0; x < whole; x += block) {
-            uint8_t h[2 * block], h_below[2 * block];
-            doubled_in_memory<V>(s + x, block, h);
-            doubled_in_memory<V>(below + x, block, h_below);
-            V::average(h, h_below, h, 2 * block);
-            put(h, d + 2 * x, 2 * block);
-        }
-        if (rem) {
-            const int32_t back = whole - (block - rem);
-            uint8_t m[block];
-            V::average(s + back, below + back, m, block);
-            put(m, d + 2 * whole - (block - rem), block);
-        }
+    auto row = [&](const uint8_t* s, const uint8_t* below, uint8_t* d) {
+        V::double_adjust(s, below, d, whole, ch.gain, ch.offset);
+        const int32_t back = whole - (block - rem);
+        if (rem) V::average_adjust(s + back, below + back, d + 2 * whole - (block - rem), block, ch.gain, ch.offset);
     };
     // Deliberate: row k is found at the end of row k - 1 (only the lower neighbour uses
     // src_stride), and a width off the block moves each row pair `rem` bytes further left.
@@ -123,51 +103,42 @@ void stretch_plane_2x2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height
     const uint8_t* s = src;
     uint8_t* d = dst + dst_stride;
     for (uint32_t pair = loop_count(height - 1, 1); pair--; s += src_next, d += dst_next) {
-        doubled_row(s, d);
-        averaged_row(s, s + src_stride, d + dst_stride);
+        row(s, s, d);
+        row(s, s + src_stride, d + dst_stride);
     }
     // Deliberate: step back one row and write the next-to-last source row over the last
     // average and once more right after it (without a row step); the last source row only
     // shows in the overwritten average.
     s -= src_next;
     d -= dst_stride;
-    doubled_row(s, d);
-    doubled_row(s, d + 2 * ptrdiff_t(width));
+    row(s, s, d);
+    row(s, s, d + 2 * ptrdiff_t(width));
 }
 
 template <class V>
 void stretch_plane_1x2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
                        int32_t src_stride, int32_t dst_stride, Channel ch) {
     constexpr int block = 2 * plane_strip;
-    const uint32_t blocks = loop_count(width, block);
-    // Blocks of 16; the last one is moved back to end at the row's last sample.
-    auto block_at = [&](uint32_t i) {
-        return i + 1 == blocks ? ptrdiff_t(width) - block : ptrdiff_t(i) * block;
+    // Blocks of 16; the last one is moved back to end at the row's last sample. A row given
+    // twice is copied.
+    const int head = int(loop_count(width, block) - 1) * block;
+    auto row = [&](const uint8_t* s, const uint8_t* below, uint8_t* d) {
+        V::average_adjust(s, below, d, head, ch.gain, ch.offset);
+        V::average_adjust(s + width - block, below + width - block, d + width - block, block, ch.gain, ch.offset);
     };
-    auto copied_row = [&](const uint8_t* s, uint8_t* d) {
-        for (uint32_t i = 0; i < blocks; ++i)
-            V::adjust(s + block_at(i), d + block_at(i), block, ch.gain, ch.offset);
-    };
-    auto averaged_row = [&](const uint8_t* s, const uint8_t* below, uint8_t* d) {
-        for (uint32_t i = 0; i < blocks; ++i) {
-            uint8_t m[block];
-            V::average(s + block_at(i), below + block_at(i), m, block);
-            V::adjust(m, d + block_at(i), block, ch.gain, ch.offset);
-        }
-    };
-    copied_row(src, dst);
+    row(src, src, dst);
     const uint8_t* s = src;
     uint8_t* d = dst + dst_stride;
     for (uint32_t pair = loop_count(height - 1, 1); pair--; s += src_stride, d += 2 * ptrdiff_t(dst_stride)) {
-        copied_row(s, d);
-        averaged_row(s, s + src_stride, d + dst_stride);
+        row(s, s, d);
+        row(s, s + src_stride, d + dst_stride);
     }
     // Deliberate: the next-to-last source row overwrites the last average and is written
     // once more right after it (without a row step); the last source row is never shown.
     s -= src_stride;
     d -= dst_stride;
-    copied_row(s, d);
-    copied_row(s, d + width);
+    row(s, s, d);
+    row(s, s, d + width);
 }
 
 template <class V>

@@ -1,5 +1,5 @@
 // Packed YUY2 frame to a YUY2 surface of twice the width and height, walked in vertical
-// strips 16 source pixels wide. The source has chroma on every row, so each destination row
+// strips 16 source pixels wide (row by row where the order does not show). The source has chroma on every row, so each destination row
 // pair is one doubled source row and its average with the next doubled row.
 #pragma once
 
@@ -10,17 +10,16 @@
 namespace dispconv::kernels {
 namespace {
 
-constexpr int yuy2_strip = 16;             // source pixels (32 bytes) per strip
-constexpr int yuy2_band = 32 * yuy2_strip;  // source pixels of neighbouring strips walked together
+constexpr int yuy2_strip = 16;  // source pixels (32 bytes) per strip
 
-// One source row of a band of strips (n pixels, a multiple of 16) separated, adjusted if
-// enabled and doubled, back in YUY2 order (4n bytes). The neighbours of the last samples are
-// the next strip's first ones, or the band's own last ones at the right edge.
+// One source row of a strip (n = yuy2_strip pixels) separated, adjusted if enabled and
+// doubled, back in YUY2 order (4n bytes). The neighbours of the last samples are the next
+// strip's first ones, or the strip's own last ones at the right edge.
 template <class V, class Adjust>
 void doubled_yuy2(const uint8_t* src, int n, bool right_edge, const AdjustConstants& a, uint8_t* out) {
     const int c = n / 2;
-    uint8_t y[yuy2_band + 1], u[yuy2_band / 2 + 1], v[yuy2_band / 2 + 1];
-    uint8_t dy[2 * yuy2_band], du[yuy2_band], dv[yuy2_band];
+    uint8_t y[yuy2_strip + 1], u[yuy2_strip / 2 + 1], v[yuy2_strip / 2 + 1];
+    uint8_t dy[2 * yuy2_strip], du[yuy2_strip], dv[yuy2_strip];
     V::split_yuy2(src, y, u, v, n);
     if (right_edge) {
         y[n] = y[n - 1], u[c] = u[c - 1], v[c] = v[c - 1];
@@ -40,7 +39,7 @@ template <class V, class Adjust>
 void yuy2_strip_rows(const uint8_t* src, uint8_t* dst, int n, int32_t rows, int32_t src_pitch,
                      ptrdiff_t dst_pitch, bool right_edge, const AdjustConstants& a) {
     const int bytes = 4 * n;
-    uint8_t buf[2][4 * yuy2_band];
+    uint8_t buf[2][4 * yuy2_strip];
     uint8_t *above = buf[0], *row = buf[1];
     for (int32_t r = 0; r < rows; ++r) {
         doubled_yuy2<V, Adjust>(src + ptrdiff_t(r) * src_pitch, n, right_edge, a, row);
@@ -61,25 +60,28 @@ void stretch_2x2_yuy2(void* src_, void* dst_, int32_t width, int32_t height, int
     // Source rows go in pairs: the first and last pair, then at least one middle pair.
     const int32_t rows = 2 * (int32_t(loop_count(height - 4, 2)) + 2);
     // Deliberate: the strip counter must reach zero exactly; other widths run past the picture.
-    // Where it does and destination rows do not overlap, the strips before the last go down
-    // together in bands: the same bytes, without thrashing the cache.
+    // Where it does and destination rows do not overlap, the strips' order does not show: the
+    // picture then goes row by row over all strips at once, the same bytes.
     const ptrdiff_t row_bytes = 2 * ptrdiff_t(width);
     if (width >= 4 * yuy2_strip && width % (2 * yuy2_strip) == 0 &&
         (dst_stride >= row_bytes || -ptrdiff_t(dst_stride) >= row_bytes)) {
-        for (int32_t strips = width / (2 * yuy2_strip) - 1; strips > 0;) {
-            const int32_t band = strips < yuy2_band / yuy2_strip ? strips : yuy2_band / yuy2_strip;
-            yuy2_strip_rows<V, Adjust>(src, dst, band * yuy2_strip, rows, width, dst_stride, false, a);
-            src += 2 * yuy2_strip * band, dst += 4 * yuy2_strip * band;
-            strips -= band;
+        const ptrdiff_t dp = dst_stride;
+        // Source rows two at a time (rows is even), with the row below; the last pair takes
+        // its own bottom row again, which repeats the bottom row as it must.
+        for (int32_t r = 0; r < rows; r += 2) {
+            const uint8_t* const s[3] = {src + ptrdiff_t(r) * width, src + ptrdiff_t(r + 1) * width,
+                                         src + ptrdiff_t(r + 2 < rows ? r + 2 : r + 1) * width};
+            uint8_t* const d[4] = {dst + 2 * r * dp, dst + (2 * r + 1) * dp, dst + (2 * r + 2) * dp, dst + (2 * r + 3) * dp};
+            V::template double_yuy2_rows<Adjust::enabled>(s, d, width / 2, a);
         }
-    } else {
-        uint32_t counter = static_cast<uint32_t>(width) - 2 * yuy2_strip;
-        do {
-            yuy2_strip_rows<V, Adjust>(src, dst, yuy2_strip, rows, width, dst_stride, false, a);
-            src += 2 * yuy2_strip, dst += 4 * yuy2_strip;
-            counter -= 2 * yuy2_strip;
-        } while (counter != 0);
+        return;
     }
+    uint32_t counter = static_cast<uint32_t>(width) - 2 * yuy2_strip;
+    do {
+        yuy2_strip_rows<V, Adjust>(src, dst, yuy2_strip, rows, width, dst_stride, false, a);
+        src += 2 * yuy2_strip, dst += 4 * yuy2_strip;
+        counter -= 2 * yuy2_strip;
+    } while (counter != 0);
     yuy2_strip_rows<V, Adjust>(src, dst, yuy2_strip, rows, width, dst_stride, true, a);
 }
 

@@ -168,23 +168,27 @@ TEST(CrossIsa, PackedDoubleSize) {
 // Single planes: strech_pic_2X2 (no adjustment), strech_pic_2X2_adjust, strech_pic_1X2_adjust.
 enum class PlaneKernel { double_size, double_size_adjust, double_height_adjust };
 
-CrossCase plane_case(PlaneKernel k, int width, int height, int src_stride, int dst_stride, int plane) {
+CrossCase plane_case(PlaneKernel k, int width, int height, int src_stride, int dst_stride, int plane,
+                     bool bottom_up = false) {
     static const char* names[] = {"strech_pic_2X2", "strech_pic_2X2_adjust", "strech_pic_1X2_adjust"};
     const size_t src_pitch = size_t(std::max(src_stride, width)) + 64;
     CrossCase c;
-    c.name = label(names[int(k)], width, height, src_stride, dst_stride, " plane " + std::to_string(plane));
+    c.name = label(names[int(k)], width, height, src_stride, bottom_up ? -dst_stride : dst_stride,
+                   " plane " + std::to_string(plane));
     c.src_bytes = lead + src_pitch * size_t(height + 4) + lead;
     c.dst_bytes = lead + size_t(dst_stride) * size_t(2 * height + 4) + lead;
     c.dst_pitch = dst_stride, c.dst_origin = lead;
     c.run = [=](const KernelTable& t, Arenas& a) {
         uint8_t *src = a.src.data() + lead, *dst = a.dst.data() + lead;
+        int stride = dst_stride;
+        if (bottom_up) dst += ptrdiff_t(dst_stride) * (2 * height + 1), stride = -stride;
         switch (k) {
-            case PlaneKernel::double_size: t.stretch->strech_pic_2X2(src, dst, width, height, src_stride, dst_stride); break;
+            case PlaneKernel::double_size: t.stretch->strech_pic_2X2(src, dst, width, height, src_stride, stride); break;
             case PlaneKernel::double_size_adjust:
-                t.stretch->strech_pic_2X2_adjust(src, dst, width, height, src_stride, dst_stride, &a.settings, plane);
+                t.stretch->strech_pic_2X2_adjust(src, dst, width, height, src_stride, stride, &a.settings, plane);
                 break;
             case PlaneKernel::double_height_adjust:
-                t.stretch->strech_pic_1X2_adjust(src, dst, width, height, src_stride, dst_stride, &a.settings, plane);
+                t.stretch->strech_pic_1X2_adjust(src, dst, width, height, src_stride, stride, &a.settings, plane);
                 break;
         }
     };
@@ -213,6 +217,11 @@ TEST(CrossIsa, PlaneStretchers) {
                     if (plane == 0 && s.width > 100) continue;
                     load_cross_settings(int(seed));
                     ASSERT_TRUE(same_on_every_isa(plane_case(k, s.width, s.height, s.width + pad, out_width + pad, plane), seed++));
+                }
+                // The plain kernel's row-by-row walk, bottom-up.
+                if (k == PlaneKernel::double_size && s.width >= 16 && s.width <= 100) {
+                    load_cross_settings(int(seed));
+                    ASSERT_TRUE(same_on_every_isa(plane_case(k, s.width, s.height, s.width + pad, out_width + pad, 1, true), seed++));
                 }
             }
         }

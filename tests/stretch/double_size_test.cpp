@@ -66,7 +66,7 @@ TEST(DoubleSizeYuy2, MatchesDoubledRows) {
         {96, 18, settings(), false},
         {64, 16, settings(), true},
         {128, 20, settings(70, 90, 12, -30, 40), true},
-        {1088, 16, settings(), false},                      // strips walked in bands
+        {1088, 16, settings(), false},                      // walked row by row
         {2112, 18, settings(70, 90, 12, -30, 40), true},
     };
     for (const Case& c : cases) {
@@ -80,8 +80,19 @@ TEST(DoubleSizeYuy2, MatchesDoubledRows) {
             yuy2_strech_picture_2X2_yuy2_ajust(in.data(), nullptr, nullptr, got.data(), c.bytes, c.h, dst_stride, nullptr);
         else
             yuy2_strech_picture_2X2_yuy2(in.data(), nullptr, nullptr, got.data(), c.bytes, c.h, dst_stride);
-        EXPECT_TRUE(same_bytes(expected_yuy2_2x2(src, c.bytes, c.h, dst_stride, c.a), got))
-            << c.bytes << " bytes x " << c.h << (c.adjusted ? " adjusted" : " plain");
+        const Buffer want = expected_yuy2_2x2(src, c.bytes, c.h, dst_stride, c.a);
+        EXPECT_TRUE(same_bytes(want, got)) << c.bytes << " bytes x " << c.h << (c.adjusted ? " adjusted" : " plain");
+        // Bottom-up: the same rows in the opposite order.
+        Buffer up(got.size());
+        uint8_t* bottom = up.data() + size_t(dst_stride) * (2 * c.h - 1);
+        if (c.adjusted)
+            yuy2_strech_picture_2X2_yuy2_ajust(in.data(), nullptr, nullptr, bottom, c.bytes, c.h, -dst_stride, nullptr);
+        else
+            yuy2_strech_picture_2X2_yuy2(in.data(), nullptr, nullptr, bottom, c.bytes, c.h, -dst_stride);
+        for (int r = 0; r < 2 * c.h; ++r)
+            EXPECT_TRUE(std::equal(want.data() + size_t(r) * dst_stride, want.data() + size_t(r + 1) * dst_stride,
+                                   up.data() + size_t(2 * c.h - 1 - r) * dst_stride))
+                << c.bytes << " bytes x " << c.h << " bottom-up row " << r;
     }
 }
 
