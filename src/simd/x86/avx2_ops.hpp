@@ -187,20 +187,28 @@ inline void store_halves(uint8_t* lane0, uint8_t* lane1, __m256i v) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(lane1), _mm256_extracti128_si256(v, 1));
 }
 
+// The 16-bit pixels of the bytes' low halves (lo) and high halves (hi), lane by lane.
+struct Rgb16Words {
+    __m256i lo, hi;
+};
+inline Rgb16Words rgb16_words(const RgbVectors& c, const x86::Rgb16Lanes& l) {
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i r = _mm256_and_si256(c.r, _mm256_broadcastsi128_si256(l.r_mask));
+    const __m256i g = _mm256_and_si256(c.g, _mm256_broadcastsi128_si256(l.g_mask));
+    const __m256i b = _mm256_and_si256(c.b, _mm256_broadcastsi128_si256(l.b_mask));
+    return {_mm256_or_si256(_mm256_or_si256(_mm256_unpacklo_epi8(zero, r), _mm256_sll_epi16(_mm256_unpacklo_epi8(g, zero), l.g_shift)),
+                            _mm256_srl_epi16(_mm256_unpacklo_epi8(b, zero), l.b_shift)),
+            _mm256_or_si256(_mm256_or_si256(_mm256_unpackhi_epi8(zero, r), _mm256_sll_epi16(_mm256_unpackhi_epi8(g, zero), l.g_shift)),
+                            _mm256_srl_epi16(_mm256_unpackhi_epi8(b, zero), l.b_shift))};
+}
+
 // Two blocks of 16 pixels (one per lane) stored in a destination format.
 template <class Format>
 inline void store_rgb_2x16(uint8_t* d, const RgbVectors& c, const x86::Rgb16Lanes& l) {
     constexpr int block_bytes = 16 * Format::bytes_per_pixel;
     if constexpr (Format::bytes_per_pixel == 2) {
-        const __m256i zero = _mm256_setzero_si256();
-        const __m256i r = _mm256_and_si256(c.r, _mm256_broadcastsi128_si256(l.r_mask));
-        const __m256i g = _mm256_and_si256(c.g, _mm256_broadcastsi128_si256(l.g_mask));
-        const __m256i b = _mm256_and_si256(c.b, _mm256_broadcastsi128_si256(l.b_mask));
-        const __m256i lo = _mm256_or_si256(_mm256_or_si256(_mm256_unpacklo_epi8(zero, r), _mm256_sll_epi16(_mm256_unpacklo_epi8(g, zero), l.g_shift)),
-                                           _mm256_srl_epi16(_mm256_unpacklo_epi8(b, zero), l.b_shift));
-        const __m256i hi = _mm256_or_si256(_mm256_or_si256(_mm256_unpackhi_epi8(zero, r), _mm256_sll_epi16(_mm256_unpackhi_epi8(g, zero), l.g_shift)),
-                                           _mm256_srl_epi16(_mm256_unpackhi_epi8(b, zero), l.b_shift));
-        store_lanes(d, d + block_bytes, lo, hi);
+        const Rgb16Words w = rgb16_words(c, l);
+        store_lanes(d, d + block_bytes, w.lo, w.hi);
     } else if constexpr (Format::bytes_per_pixel == 4) {
         const __m256i zero = _mm256_setzero_si256();
         const __m256i bg_lo = _mm256_unpacklo_epi8(c.b, c.g), bg_hi = _mm256_unpackhi_epi8(c.b, c.g);
@@ -222,14 +230,9 @@ inline void store_rgb_spread(uint8_t* d, const RgbVectors& c, const x86::Rgb16La
     if constexpr (Format::bytes_per_pixel == 3) {
         store_rgb_2x16<Format>(d, c, l);
     } else if constexpr (Format::bytes_per_pixel == 2) {
-        const __m256i zero = _mm256_setzero_si256();
-        const __m256i r = _mm256_and_si256(c.r, _mm256_broadcastsi128_si256(l.r_mask));
-        const __m256i g = _mm256_and_si256(c.g, _mm256_broadcastsi128_si256(l.g_mask));
-        const __m256i b = _mm256_and_si256(c.b, _mm256_broadcastsi128_si256(l.b_mask));
-        store32(d, _mm256_or_si256(_mm256_or_si256(_mm256_unpacklo_epi8(zero, r), _mm256_sll_epi16(_mm256_unpacklo_epi8(g, zero), l.g_shift)),
-                                   _mm256_srl_epi16(_mm256_unpacklo_epi8(b, zero), l.b_shift)));
-        store32(d + 32, _mm256_or_si256(_mm256_or_si256(_mm256_unpackhi_epi8(zero, r), _mm256_sll_epi16(_mm256_unpackhi_epi8(g, zero), l.g_shift)),
-                                        _mm256_srl_epi16(_mm256_unpackhi_epi8(b, zero), l.b_shift)));
+        const Rgb16Words w = rgb16_words(c, l);
+        store32(d, w.lo);
+        store32(d + 32, w.hi);
     } else {
         const __m256i zero = _mm256_setzero_si256();
         const __m256i bg_lo = _mm256_unpacklo_epi8(c.b, c.g), bg_hi = _mm256_unpackhi_epi8(c.b, c.g);

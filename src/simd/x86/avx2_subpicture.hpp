@@ -63,31 +63,40 @@ inline int expand_2x8(const uint8_t* src, __m256i key, __m256i& q0, __m256i& q1)
 }  // namespace subpicture_avx2
 
 struct Avx2Subpicture : Sse2Subpicture {
-    // Two blocks at a time for the byte formats; 16-bit rows stay on the SSE2 blocks.
+    // Two blocks at a time, one per lane.
     template <class Format, class Adjust>
     static void ayuy2_row_to_rgb(const uint8_t* sub_y, const uint8_t* sub_u, const uint8_t* sub_v,
                                  const uint8_t* opacity, uint32_t blocks, const uint8_t* key,
                                  const AdjustConstants& a, const Rgb16Layout& layout, uint8_t* image) {
         constexpr int bpp = Format::bytes_per_pixel;
-        if constexpr (bpp != 2) {
-            const x86w::Lanes l = x86w::lanes(a);
-            const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
-            const __m256i zero = _mm256_setzero_si256();
-            const __m256i kb = _mm256_set1_epi8(static_cast<char>(key[0])), kg = _mm256_set1_epi8(static_cast<char>(key[1])),
-                          kr = _mm256_set1_epi8(static_cast<char>(key[2]));
-            for (; blocks >= 2; blocks -= 2, sub_y += 32, opacity += 32, sub_u += 16, sub_v += 16, image += 32 * bpp) {
-                __m256i y = x86w::load32(sub_y), u = x86w::chroma_pair_words(sub_u), v = x86w::chroma_pair_words(sub_v);
-                if constexpr (Adjust::enabled) {
-                    y = x86w::adjust_bytes(y, l.luma_gain, l.luma_offset);
-                    u = x86w::adjust_chroma_words(u, l.chroma_gain, l.u_offset);
-                    v = x86w::adjust_chroma_words(v, l.chroma_gain, l.v_offset);
-                } else {
-                    u = _mm256_packus_epi16(u, u), v = _mm256_packus_epi16(v, v);
-                }
-                x86w::RgbVectors c = x86w::luma_to_rgb(y, x86w::chroma_words(u, v));
-                // Opacity 0 takes the key; opacities read as negative bytes give black.
-                const __m256i op = x86w::load32(opacity);
-                const __m256i is_key = _mm256_cmpeq_epi8(op, zero), keep = _mm256_cmpgt_epi8(op, zero);
+        const x86w::Lanes l = x86w::lanes(a);
+        const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
+        const __m256i zero = _mm256_setzero_si256();
+        const __m256i kb = _mm256_set1_epi8(static_cast<char>(key[0])), kg = _mm256_set1_epi8(static_cast<char>(key[1])),
+                      kr = _mm256_set1_epi8(static_cast<char>(key[2]));
+        const __m256i key_word = _mm256_set1_epi16(static_cast<int16_t>(key[0] | key[1] << 8));
+        for (; blocks >= 2; blocks -= 2, sub_y += 32, opacity += 32, sub_u += 16, sub_v += 16, image += 32 * bpp) {
+            __m256i y = x86w::load32(sub_y), u = x86w::chroma_pair_words(sub_u), v = x86w::chroma_pair_words(sub_v);
+            if constexpr (Adjust::enabled) {
+                y = x86w::adjust_bytes(y, l.luma_gain, l.luma_offset);
+                u = x86w::adjust_chroma_words(u, l.chroma_gain, l.u_offset);
+                v = x86w::adjust_chroma_words(v, l.chroma_gain, l.v_offset);
+            } else {
+                u = _mm256_packus_epi16(u, u), v = _mm256_packus_epi16(v, v);
+            }
+            x86w::RgbVectors c = x86w::luma_to_rgb(y, x86w::chroma_words(u, v));
+            // Opacity 0 takes the key; opacities read as negative bytes give 0.
+            const __m256i op = x86w::load32(opacity);
+            const __m256i is_key = _mm256_cmpeq_epi8(op, zero), keep = _mm256_cmpgt_epi8(op, zero);
+            if constexpr (bpp == 2) {  // the key is a whole 16-bit pixel
+                const x86w::Rgb16Words w = x86w::rgb16_words(c, lanes);
+                auto select = [&](__m256i px, __m256i k, __m256i kept) {
+                    return _mm256_or_si256(_mm256_and_si256(px, kept), _mm256_and_si256(key_word, k));
+                };
+                x86w::store_lanes(image, image + 32,
+                                  select(w.lo, _mm256_unpacklo_epi8(is_key, is_key), _mm256_unpacklo_epi8(keep, keep)),
+                                  select(w.hi, _mm256_unpackhi_epi8(is_key, is_key), _mm256_unpackhi_epi8(keep, keep)));
+            } else {
                 c.b = _mm256_or_si256(_mm256_and_si256(c.b, keep), _mm256_and_si256(kb, is_key));
                 c.g = _mm256_or_si256(_mm256_and_si256(c.g, keep), _mm256_and_si256(kg, is_key));
                 c.r = _mm256_or_si256(_mm256_and_si256(c.r, keep), _mm256_and_si256(kr, is_key));
