@@ -84,7 +84,16 @@ void loadimage_yv12(void* src_y, void* src_u, void* src_v, void* dst_, int32_t w
     const bool whole_rows = !runs_overlap(v_dst, v_dst + d_pitch, run) && !runs_overlap(v_dst, u_dst, run) &&
                             !runs_overlap(v_dst, u_dst + d_pitch, run) && !runs_overlap(v_dst + d_pitch, u_dst, run) &&
                             !runs_overlap(v_dst + d_pitch, u_dst + d_pitch, run);
-    for (uint32_t pair = loop_count(height, 2); pair--;
+    const uint32_t pairs = loop_count(height, 2);
+    // Rows back to back in both surfaces: a plane is one run. Where the V run reaches into
+    // the U plane it lands on pairs written earlier, so U whole then V whole ends the same.
+    const ptrdiff_t plane_bytes = 2 * ptrdiff_t(pairs) * run;
+    if (whole_rows && run == chroma_width && s_pitch == run && d_pitch == run && plane_bytes <= INT32_MAX) {
+        V::copy(u_src, u_dst, int(plane_bytes));
+        V::copy(v_src, v_dst, int(plane_bytes));
+        return;
+    }
+    for (uint32_t pair = pairs; pair--;
          u_src += s_next, v_src += s_next, u_dst += d_next, v_dst += d_next) {
         if (whole_rows) {
             V::copy(u_src, u_dst, int(run));

@@ -100,6 +100,7 @@ TEST(LoadimageYv12, EqualsTheBlockByBlockCopy) {
         {40, 4, 44, 44},   // rows overlap (44 < 48): block by block
         {24, 2, 24, 24},   // one pair: U rows land on V rows, chroma block by block
         {40, 6, 40, 44},   // chroma rows of 24 bytes overlap (pitch 22)
+        {48, 10, 48, 48},  // chroma rows back to back: each plane one run, V reaching into U
         {1920, 8, 1920, 1920},
     };
     for (const Geometry& g : cases) {
