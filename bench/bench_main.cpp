@@ -8,6 +8,10 @@
 #include <cstring>
 #include <map>
 
+#if defined(__x86_64__) || defined(__i386__)
+#include <immintrin.h>
+#endif
+
 #include "bench.hpp"
 #include "core/kernel_table.hpp"
 
@@ -64,6 +68,28 @@ void add_copy(const std::string& group, int w, int h, double out_bytes) {
     add({group, "memcpy", Kind::copy, w, h, 2 * out_bytes, [&f, n] { std::memcpy(f.dst.data(), f.dst2.data(), n); }});
 }
 
+#if defined(__x86_64__) || defined(__i386__)
+namespace {
+__attribute__((target("avx2"))) void stream(const uint8_t* in, size_t in_row, uint8_t* out, size_t out_row, int rows) {
+    __m256i acc = _mm256_setzero_si256();
+    for (int r = 0; r < rows; ++r, in += in_row, out += out_row) {  // a row read, then a row written
+        for (size_t i = 0; i + 32 <= in_row; i += 32)
+            acc = _mm256_xor_si256(acc, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i)));
+        for (size_t o = 0; o + 32 <= out_row; o += 32) _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), acc);
+    }
+}
+}  // namespace
+
+void add_floor(const std::string& group, int w, int h, double in_bytes, double out_bytes) {
+    if (!__builtin_cpu_supports("avx2")) return;
+    Frame& f = frame(w, h);
+    const size_t in = size_t(in_bytes) / h, out = size_t(out_bytes) / h;
+    add({group, "bare traffic", Kind::floor, w, h, in_bytes + out_bytes, [&f, in, out, h] { stream(f.dst2.data(), in, f.dst.data(), out, h); }});
+}
+#else
+void add_floor(const std::string&, int, int, double, double) {}
+#endif
+
 namespace {
 
 // Collects the fastest repetition of every entry for the summary, in CPU time of the one
@@ -85,15 +111,15 @@ std::string key(const Entry& e) {
 }
 
 void print_summary(const SummaryReporter& rep) {
-    std::printf("\n%-20s %-10s %-34s %10s %8s %9s %9s\n", "job", "size", "implementation", "us/frame", "GB/s",
-                "vs peer", "vs memcpy");
+    std::printf("\n%-20s %-10s %-34s %10s %8s %9s %9s %9s\n", "job", "size", "implementation", "us/frame", "GB/s",
+                "vs peer", "vs memcpy", "vs traffic");
     std::string last_group;
     for (const Entry& e : entries()) {
         if (e.kind != Kind::ours) continue;
         auto it = rep.fastest_ns.find(key(e));
         if (it == rep.fastest_ns.end()) continue;
         const double t = it->second / 1e3;
-        double best_peer = 0, copy = 0;
+        double best_peer = 0, copy = 0, floor = 0;
         for (const Entry& o : entries()) {
             if (o.group != e.group || o.width != e.width || o.height != e.height) continue;
             auto ot = rep.fastest_ns.find(key(o));
@@ -101,14 +127,16 @@ void print_summary(const SummaryReporter& rep) {
             const double ou = ot->second / 1e3;
             if (o.kind == Kind::peer && (best_peer == 0 || ou < best_peer)) best_peer = ou;
             if (o.kind == Kind::copy) copy = ou;
+            if (o.kind == Kind::floor) floor = ou;
         }
-        char peer[16] = "-", vs_copy[16] = "-";
+        char peer[16] = "-", vs_copy[16] = "-", vs_floor[16] = "-";
         if (best_peer > 0) std::snprintf(peer, sizeof peer, "%.2f", t / best_peer);
         if (copy > 0) std::snprintf(vs_copy, sizeof vs_copy, "%.2f", t / copy);
+        if (floor > 0) std::snprintf(vs_floor, sizeof vs_floor, "%.2f", t / floor);
         char size[16];
         std::snprintf(size, sizeof size, "%dx%d", e.width, e.height);
-        std::printf("%-20s %-10s %-34s %10.1f %8.2f %9s %9s\n", e.group.c_str(), size, e.label.c_str(), t,
-                    e.bytes / (t * 1e3), peer, vs_copy);
+        std::printf("%-20s %-10s %-34s %10.1f %8.2f %9s %9s %9s\n", e.group.c_str(), size, e.label.c_str(), t,
+                    e.bytes / (t * 1e3), peer, vs_copy, vs_floor);
     }
 }
 
