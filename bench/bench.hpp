@@ -30,7 +30,7 @@ struct Frame {
 };
 Frame& frame(int width, int height);
 
-enum class Kind { ours, peer, copy, floor };
+enum class Kind { ours, peer, copy, traffic };
 
 // One measured operation: a named group (the job) and one way of doing it.
 struct Entry {
@@ -59,7 +59,7 @@ void add_copy(const std::string& group, int width, int height, double out_bytes)
 // The job's bare traffic: `in_bytes` read and `out_bytes` written a row at a time with plain
 // 32-byte loads and stores and no arithmetic (x86 with AVX2 only). A kernel near it is bound
 // by memory, not by its arithmetic.
-void add_floor(const std::string& group, int width, int height, double in_bytes, double out_bytes);
+void add_traffic(const std::string& group, int width, int height, double in_bytes, double out_bytes);
 
 // Adjust settings every adjusting kernel of the benchmark runs with (not neutral).
 extern ajust_contrast_info settings;

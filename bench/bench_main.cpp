@@ -80,14 +80,14 @@ __attribute__((target("avx2"))) void stream(const uint8_t* in, size_t in_row, ui
 }
 }  // namespace
 
-void add_floor(const std::string& group, int w, int h, double in_bytes, double out_bytes) {
+void add_traffic(const std::string& group, int w, int h, double in_bytes, double out_bytes) {
     if (!__builtin_cpu_supports("avx2")) return;
     Frame& f = frame(w, h);
     const size_t in = size_t(in_bytes) / h, out = size_t(out_bytes) / h;
-    add({group, "bare traffic", Kind::floor, w, h, in_bytes + out_bytes, [&f, in, out, h] { stream(f.dst2.data(), in, f.dst.data(), out, h); }});
+    add({group, "bare traffic", Kind::traffic, w, h, in_bytes + out_bytes, [&f, in, out, h] { stream(f.dst2.data(), in, f.dst.data(), out, h); }});
 }
 #else
-void add_floor(const std::string&, int, int, double, double) {}
+void add_traffic(const std::string&, int, int, double, double) {}
 #endif
 
 namespace {
@@ -119,7 +119,7 @@ void print_summary(const SummaryReporter& rep) {
         auto it = rep.fastest_ns.find(key(e));
         if (it == rep.fastest_ns.end()) continue;
         const double t = it->second / 1e3;
-        double best_peer = 0, copy = 0, floor = 0;
+        double best_peer = 0, copy = 0, traffic = 0;
         for (const Entry& o : entries()) {
             if (o.group != e.group || o.width != e.width || o.height != e.height) continue;
             auto ot = rep.fastest_ns.find(key(o));
@@ -127,16 +127,16 @@ void print_summary(const SummaryReporter& rep) {
             const double ou = ot->second / 1e3;
             if (o.kind == Kind::peer && (best_peer == 0 || ou < best_peer)) best_peer = ou;
             if (o.kind == Kind::copy) copy = ou;
-            if (o.kind == Kind::floor) floor = ou;
+            if (o.kind == Kind::traffic) traffic = ou;
         }
-        char peer[16] = "-", vs_copy[16] = "-", vs_floor[16] = "-";
+        char peer[16] = "-", vs_copy[16] = "-", vs_traffic[16] = "-";
         if (best_peer > 0) std::snprintf(peer, sizeof peer, "%.2f", t / best_peer);
         if (copy > 0) std::snprintf(vs_copy, sizeof vs_copy, "%.2f", t / copy);
-        if (floor > 0) std::snprintf(vs_floor, sizeof vs_floor, "%.2f", t / floor);
+        if (traffic > 0) std::snprintf(vs_traffic, sizeof vs_traffic, "%.2f", t / traffic);
         char size[16];
         std::snprintf(size, sizeof size, "%dx%d", e.width, e.height);
         std::printf("%-20s %-10s %-34s %10.1f %8.2f %9s %9s %9s\n", e.group.c_str(), size, e.label.c_str(), t,
-                    e.bytes / (t * 1e3), peer, vs_copy, vs_floor);
+                    e.bytes / (t * 1e3), peer, vs_copy, vs_traffic);
     }
 }
 

@@ -61,7 +61,7 @@ void register_loads(int w, int h) {
         if (j.group != last) {
             add_peers(j.group, w, h, j.in + out);
             add_copy(j.group, w, h, out);
-            add_floor(j.group, w, h, j.in, out);
+            add_traffic(j.group, w, h, j.in, out);
             last = j.group;
         }
         add_frame_kernel(j.group, j.name, j.member, j.packed, j.out_x2, w, h, j.in + out);

@@ -155,7 +155,7 @@ void register_subpicture(int w, int h) {
     };
     for (const Fill& k : fills) {
         add_copy(k.group, w, h, px * k.bpp);
-        add_floor(k.group, w, h, 0, px * k.bpp);
+        add_traffic(k.group, w, h, 0, px * k.bpp);
         const int bpp = k.bpp;
         add_ours(k.group, k.name, w, h, px * bpp, [&f, member = k.member, bpp, w, h](const dispconv::KernelTable& t) -> std::function<void()> {
             FillKernel fill = t.subpicture->*member;
