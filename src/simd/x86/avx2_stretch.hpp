@@ -122,46 +122,16 @@ inline void doubled_yuy2(__m256i s, __m256i s2, __m256i s4, __m256i& first, __m2
     second = _mm256_permute2x128_si256(lo, hi, 0x31);
 }
 
-// How rgb_double_rows deals 32 pixels to the two lanes. 32-bit: lane 0 takes pixels 0-3, 8-11,
-// 16-19, 24-27 and lane 1 the runs between, so that each interleaving step yields 8 whole
-// pixels in row order. 16-bit: lane 0 takes 0-7 and 16-23. 24-bit: one block per lane.
-template <int bpp>
-inline __m256i dealt_lumas(__m256i y) {
-    if constexpr (bpp == 4) return _mm256_permutevar8x32_epi32(y, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
-    else if constexpr (bpp == 2) return _mm256_permute4x64_epi64(y, 0xD8);
-    else return y;
-}
-// The 16 chroma bytes of those pixels, each lane's 8 zero-extended into its words.
+// rgb_double_rows places its 32 pixels as x86w::spread_for<Format> says (32-bit: lane 0 takes
+// pixels 0-3, 8-11, 16-19, 24-27 and lane 1 the runs between; 16-bit: lane 0 takes 0-7 and
+// 16-23; 24-bit: one block per lane), so that each store is a run of the row. These are the
+// 16 chroma bytes of those pixels, each lane's 8 zero-extended into its words.
 template <int bpp>
 inline __m256i dealt_chroma_words(const uint8_t* p) {
     __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
     if constexpr (bpp == 4) c = _mm_shuffle_epi8(c, _mm_setr_epi8(0, 1, 4, 5, 8, 9, 12, 13, 2, 3, 6, 7, 10, 11, 14, 15));
     else if constexpr (bpp == 2) c = _mm_shuffle_epi32(c, 0xD8);
     return _mm256_cvtepu8_epi16(c);
-}
-// 32 dealt pixels stored as one run of the row.
-template <class Format>
-inline void store_dealt_rgb(uint8_t* d, const x86w::RgbVectors& c, const x86::Rgb16Lanes& l) {
-    if constexpr (Format::bytes_per_pixel == 4) {
-        const __m256i zero = _mm256_setzero_si256();
-        const __m256i bg_lo = _mm256_unpacklo_epi8(c.b, c.g), bg_hi = _mm256_unpackhi_epi8(c.b, c.g);
-        const __m256i r0_lo = _mm256_unpacklo_epi8(c.r, zero), r0_hi = _mm256_unpackhi_epi8(c.r, zero);
-        store32(d, _mm256_unpacklo_epi16(bg_lo, r0_lo));
-        store32(d + 32, _mm256_unpackhi_epi16(bg_lo, r0_lo));
-        store32(d + 64, _mm256_unpacklo_epi16(bg_hi, r0_hi));
-        store32(d + 96, _mm256_unpackhi_epi16(bg_hi, r0_hi));
-    } else if constexpr (Format::bytes_per_pixel == 2) {
-        const __m256i zero = _mm256_setzero_si256();
-        const __m256i r = _mm256_and_si256(c.r, _mm256_broadcastsi128_si256(l.r_mask));
-        const __m256i g = _mm256_and_si256(c.g, _mm256_broadcastsi128_si256(l.g_mask));
-        const __m256i b = _mm256_and_si256(c.b, _mm256_broadcastsi128_si256(l.b_mask));
-        store32(d, _mm256_or_si256(_mm256_or_si256(_mm256_unpacklo_epi8(zero, r), _mm256_sll_epi16(_mm256_unpacklo_epi8(g, zero), l.g_shift)),
-                                   _mm256_srl_epi16(_mm256_unpacklo_epi8(b, zero), l.b_shift)));
-        store32(d + 32, _mm256_or_si256(_mm256_or_si256(_mm256_unpackhi_epi8(zero, r), _mm256_sll_epi16(_mm256_unpackhi_epi8(g, zero), l.g_shift)),
-                                        _mm256_srl_epi16(_mm256_unpackhi_epi8(b, zero), l.b_shift)));
-    } else {
-        x86w::store_rgb_2x16<Format>(d, c, l);
-    }
 }
 
 }  // namespace x86sw
@@ -179,12 +149,12 @@ struct Avx2Stretch : Sse2Stretch {
         const x86w::Lanes l = x86w::lanes(a);
         const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
         auto luma = [&](const uint8_t* p) {
-            return x86w::adjust_bytes(x86sw::dealt_lumas<bpp>(x86w::load32(p)), l.luma_gain, l.luma_offset);
+            return x86w::adjust_bytes(x86w::spread_luma<x86w::spread_for<Format>>(x86w::load32(p)), l.luma_gain, l.luma_offset);
         };
         auto chroma = [&](const uint8_t* p, __m256i offset) {
             return x86w::adjust_chroma_words(x86sw::dealt_chroma_words<bpp>(p), l.chroma_gain, offset);
         };
-        auto store = [&](uint8_t* d, const x86w::RgbVectors& c) { x86sw::store_dealt_rgb<Format>(d, c, lanes); };
+        auto store = [&](uint8_t* d, const x86w::RgbVectors& c) { x86w::store_rgb_spread<Format>(d, c, lanes); };
         int i = 0;
         for (; i + 32 <= pixels; i += 32) {
             const __m256i ya = luma(top + i), yb = luma(bottom + i), yc = luma(next + i);
