@@ -12,29 +12,6 @@ namespace {
 
 constexpr int yuy2_strip = 16;  // source pixels (32 bytes) per strip
 
-// One source row of a strip (n = yuy2_strip pixels) separated, adjusted if enabled and
-// doubled, back in YUY2 order (4n bytes). The neighbours of the last samples are the next
-// strip's first ones, or the strip's own last ones at the right edge.
-template <class V, class Adjust>
-void doubled_yuy2(const uint8_t* src, int n, bool right_edge, const AdjustConstants& a, uint8_t* out) {
-    const int c = n / 2;
-    uint8_t y[yuy2_strip + 1], u[yuy2_strip / 2 + 1], v[yuy2_strip / 2 + 1];
-    uint8_t dy[2 * yuy2_strip], du[yuy2_strip], dv[yuy2_strip];
-    V::split_yuy2(src, y, u, v, n);
-    if (right_edge) {
-        y[n] = y[n - 1], u[c] = u[c - 1], v[c] = v[c - 1];
-    } else {
-        y[n] = src[2 * n], u[c] = src[2 * n + 1], v[c] = src[2 * n + 3];
-    }
-    maybe_adjust<V, Adjust>(y, n + 1, luma_channel(a));
-    maybe_adjust<V, Adjust>(u, c + 1, u_channel(a));
-    maybe_adjust<V, Adjust>(v, c + 1, v_channel(a));
-    V::double_run(y, y[n], dy, n);
-    V::double_run(u, u[c], du, c);
-    V::double_run(v, v[c], dv, c);
-    V::join_yuy2(dy, du, dv, out, 2 * n);
-}
-
 template <class V, class Adjust>
 void yuy2_strip_rows(const uint8_t* src, uint8_t* dst, int n, int32_t rows, int32_t src_pitch,
                      ptrdiff_t dst_pitch, bool right_edge, const AdjustConstants& a) {
@@ -42,7 +19,9 @@ void yuy2_strip_rows(const uint8_t* src, uint8_t* dst, int n, int32_t rows, int3
     uint8_t buf[2][4 * yuy2_strip];
     uint8_t *above = buf[0], *row = buf[1];
     for (int32_t r = 0; r < rows; ++r) {
-        doubled_yuy2<V, Adjust>(src + ptrdiff_t(r) * src_pitch, n, right_edge, a, row);
+        // One source row of the strip doubled in width (its last samples' neighbours are the
+        // next strip's first ones, or its own at the right edge).
+        V::template doubled_yuy2<Adjust::enabled>(src + ptrdiff_t(r) * src_pitch, n, right_edge, a, row);
         if (r > 0) V::average(above, row, dst + (2 * r - 1) * dst_pitch, bytes);
         V::copy(row, dst + 2 * r * dst_pitch, bytes);
         std::swap(above, row);

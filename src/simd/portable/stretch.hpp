@@ -162,7 +162,6 @@ struct PortableStretch {
         }
     }
 
-private:
     static constexpr int yuy2_chunk = 16;  // pixels
 
     // n pixels (even, at most yuy2_chunk) of a packed row split into planes with their right
@@ -190,6 +189,7 @@ private:
         PortableCore::join_yuy2(dy, du, dv, out, 2 * n);
     }
 
+private:
     static int abs_diff(uint8_t x, uint8_t y) { return x > y ? x - y : y - x; }
 
     // Direction j (offset d = j - 2) pairs a[d + k] with b[-d + k], k = 0..3. The search key
