@@ -16,6 +16,34 @@ void load_cross_settings(int index) {
     get_contrast_data(&s);
 }
 
+Extent extent(int rows, int64_t step, int64_t span, int64_t before) {
+    const int64_t travel = int64_t(std::max(rows, 1) - 1) * step;
+    return {size_t(std::max<int64_t>(0, -travel) + before), size_t(std::max<int64_t>(0, travel) + span)};
+}
+
+std::vector<int64_t> mix_record(const Arenas& a) {
+    auto offset = [&a](const void* p) -> int64_t {
+        const auto* b = static_cast<const uint8_t*>(p);
+        if (!b) return 0;
+        if (b >= a.src.data() && b <= a.src.data() + a.src.size()) return (int64_t(1) << 40) + (b - a.src.data());
+        if (b >= a.dst.data() && b <= a.dst.data() + a.dst.size()) return (int64_t(2) << 40) + (b - a.dst.data());
+        return -1;  // somewhere else altogether
+    };
+    const MIX_INFO& i = a.info;
+    return {i.frame_stride, i.sub_stride, i.image_stride, i.width, i.height,
+            offset(i.frame_y), offset(i.frame_v), offset(i.frame_u), offset(i.sub_opacity),
+            offset(i.sub_y), offset(i.sub_v), offset(i.sub_u), offset(i.image),
+            offset(i.image_u), offset(i.image_v), int64_t(i.color_key), i.reserved1, i.reserved2,
+            !i.surface_format ? 0 : i.surface_format == &a.settings ? 1 : -1};
+}
+
+std::string describe(const std::string& kernel, std::initializer_list<std::pair<const char*, int64_t>> fields) {
+    std::ostringstream s;
+    s << kernel;
+    for (const auto& [name, value] : fields) s << " " << name << " " << value;
+    return s.str();
+}
+
 namespace {
 
 std::string grid_around(const std::vector<uint8_t>& want, const std::vector<uint8_t>& got, size_t at,
@@ -82,10 +110,8 @@ CrossCase frame_case(const std::string& kernel, std::function<FrameKernel(const 
     const size_t dst_pitch = size_t(std::abs(g.dst_stride));
     const int dst_rows = g.dst_rows ? g.dst_rows : 2 * g.height + 8;
     CrossCase c;
-    std::ostringstream name;
-    name << kernel << " " << g.width << "x" << g.height << " src_stride " << g.src_stride << " dst_stride "
-         << (g.bottom_up ? -g.dst_stride : g.dst_stride) << " layout " << g.layout;
-    c.name = name.str();
+    c.name = describe(kernel, {{"width", g.width}, {"height", g.height}, {"src_stride", g.src_stride},
+                               {"dst_stride", g.bottom_up ? -g.dst_stride : g.dst_stride}, {"layout", g.layout}});
     c.src_bytes = 4096 + 3 * luma_area;
     c.dst_bytes = 8192 + dst_pitch * size_t(dst_rows) * 2 + 4096;
     c.dst_pitch = int(dst_pitch);

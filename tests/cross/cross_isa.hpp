@@ -33,15 +33,35 @@ struct CrossCase {
     std::function<std::vector<int64_t>(const Arenas&)> record;
 };
 
+// Room a walk needs around its first byte: `rows` rows whose starts are `step` apart, each
+// touching `span` bytes from its start and `before` bytes ahead of it.
+struct Extent {
+    size_t before, after;
+};
+Extent extent(int rows, int64_t step, int64_t span, int64_t before = 0);
+
+// Places planes one after another in an arena, each with a guard band of 64 bytes.
+struct ArenaPlan {
+    size_t size = 64;
+    size_t place(const Extent& e) {
+        const size_t origin = size + e.before;
+        size = origin + e.after + 64;
+        return origin;
+    }
+};
+
+// The MIX_INFO record after a call, pointers as offsets into the arenas (a CrossCase::record).
+std::vector<int64_t> mix_record(const Arenas& a);
+
+// "kernel name value name value ...", for a case's name.
+std::string describe(const std::string& kernel, std::initializer_list<std::pair<const char*, int64_t>> fields);
+
 // Runs `c` on every instruction set and reports any difference from the portable result.
 ::testing::AssertionResult same_on_every_isa(const CrossCase& c, uint32_t seed);
 
 // Adjust settings the cross checks cycle through (neutral, strong, wrapping, negative).
 void load_cross_settings(int index);
 inline constexpr int cross_settings_count = 4;
-
-// A frame-signature kernel of a family's table.
-using FrameKernel = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t, ajust_contrast_info*);
 
 struct FrameGeometry {
     int width, height, src_stride, dst_stride;

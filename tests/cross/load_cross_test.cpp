@@ -37,56 +37,32 @@ struct Size {
 // does with them, pull-back or drift), and one block.
 const Size sizes[] = {{16, 2}, {32, 10}, {48, 7}, {17, 5}, {24, 12}, {5, 3}, {720, 24}, {352, 13}, {64, 0}};
 
+// Small sizes on both surface directions and every layout of the 16-bit kernels (the YV12
+// surfaces are written through one pointer below the luma area: top-down only); realistic
+// sizes with tight strides; destination rows closer than a row's length, whose bytes then
+// depend on the order of the stores, which every implementation must keep.
+std::vector<FrameGeometry> load_geometries(const LoadKernel& k) {
+    const bool yv12 = std::string(k.name).find("yv12") != std::string::npos;
+    std::vector<FrameGeometry> all;
+    for (const Size& s : sizes)
+        for (int layout = 0; layout < k.layouts; ++layout)
+            for (bool bottom_up : {false, true})
+                all.push_back({s.width, s.height, s.width + 40, (s.width + 40) * k.bytes_per_pixel + 8,
+                               bottom_up && !yv12, layout == 4 ? -1 : layout, yv12 ? 3 * s.height + 8 : 0});
+    for (const Size& s : {Size{720, 480}, Size{1920, 8}})
+        all.push_back({s.width, s.height, s.width, s.width * k.bytes_per_pixel});
+    for (int pitch : {8, 40}) all.push_back({64, 6, 80, pitch * k.bytes_per_pixel});
+    return all;
+}
+
 TEST(CrossIsa, FrameLoaders) {
     uint32_t seed = 1;
-    int cases = 0;
     for (const LoadKernel& k : load_kernels)
-        for (const Size& s : sizes)
-            for (int layout = 0; layout < k.layouts; ++layout)
-                for (bool bottom_up : {false, true}) {
-                    FrameGeometry g;
-                    g.width = s.width, g.height = s.height, g.layout = layout == 4 ? -1 : layout;
-                    g.src_stride = s.width + 40;
-                    g.dst_stride = (s.width + 40) * k.bytes_per_pixel + 8;
-                    g.bottom_up = bottom_up;
-                    // The YV12 surfaces are written through one pointer below the luma area.
-                    if (std::string(k.name).find("yv12") != std::string::npos) g.bottom_up = false, g.dst_rows = 3 * s.height + 8;
-                    load_cross_settings(seed);
-                    auto member = k.member;
-                    const CrossCase c = frame_case(k.name, [member](const KernelTable& t) { return t.load->*member; }, g);
-                    ASSERT_TRUE(same_on_every_isa(c, seed++));
-                    ++cases;
-                }
-    RecordProperty("cases", cases);
-}
-
-TEST(CrossIsa, FrameLoadersRealisticSizes) {
-    uint32_t seed = 1000;
-    for (const LoadKernel& k : load_kernels)
-      for (const Size& s : {Size{720, 480}, Size{1920, 8}}) {
-        FrameGeometry g{s.width, s.height, s.width, s.width * k.bytes_per_pixel};
-        load_cross_settings(seed);
-        auto member = k.member;
-        ASSERT_TRUE(same_on_every_isa(frame_case(k.name, [member](const KernelTable& t) { return t.load->*member; }, g), seed++));
-      }
-}
-
-}  // namespace
-}  // namespace dispconv::test
-
-namespace dispconv::test {
-namespace {
-
-// Destination rows closer than a row's length: the bytes then depend on the order of the
-// stores, which every implementation must keep.
-TEST(CrossIsa, FrameLoadersOverlappingRows) {
-    uint32_t seed = 5000;
-    for (const LoadKernel& k : load_kernels)
-        for (int pitch : {8, 40}) {
-            FrameGeometry g{64, 6, 80, pitch * k.bytes_per_pixel};
+        for (const FrameGeometry& g : load_geometries(k)) {
             load_cross_settings(seed);
-            auto member = k.member;
-            ASSERT_TRUE(same_on_every_isa(frame_case(k.name, [member](const KernelTable& t) { return t.load->*member; }, g), seed++));
+            const auto member = k.member;
+            const CrossCase c = frame_case(k.name, [member](const KernelTable& t) { return t.load->*member; }, g);
+            ASSERT_TRUE(same_on_every_isa(c, seed++));
         }
 }
 

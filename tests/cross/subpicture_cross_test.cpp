@@ -2,53 +2,14 @@
 // portable reference: the arenas and the record after the call.
 #include <algorithm>
 #include <random>
-#include <sstream>
 
 #include "cross/cross_isa.hpp"
 
 namespace dispconv::test {
 namespace {
 
-using MixKernel = void (*)(MIX_INFO*);
 using FillKernel = void (*)(uint32_t, void*, int32_t, int32_t, int32_t, int32_t);
 using Sub = SubpictureKernels;
-
-// Room a walk needs around its first byte: `rows` rows whose starts are `step` apart, each
-// touching `span` bytes from its start and `before` bytes ahead of it.
-struct Extent {
-    size_t before, after;
-};
-Extent extent(int rows, int64_t step, int64_t span, int64_t before = 0) {
-    const int64_t travel = int64_t(std::max(rows, 1) - 1) * step;
-    return {size_t(std::max<int64_t>(0, -travel) + before), size_t(std::max<int64_t>(0, travel) + span)};
-}
-
-// Places planes one after another in an arena, each with a guard band of 64 bytes.
-struct ArenaPlan {
-    size_t size = 64;
-    size_t place(const Extent& e) {
-        const size_t origin = size + e.before;
-        size = origin + e.after + 64;
-        return origin;
-    }
-};
-
-// Record fields, pointers as offsets into the arena holding them.
-std::vector<int64_t> record_of(const Arenas& a) {
-    auto offset = [&a](const void* p) -> int64_t {
-        const auto* b = static_cast<const uint8_t*>(p);
-        if (!b) return 0;
-        if (b >= a.src.data() && b <= a.src.data() + a.src.size()) return (int64_t(1) << 40) + (b - a.src.data());
-        if (b >= a.dst.data() && b <= a.dst.data() + a.dst.size()) return (int64_t(2) << 40) + (b - a.dst.data());
-        return -1;  // somewhere else altogether
-    };
-    const MIX_INFO& i = a.info;
-    return {i.frame_stride, i.sub_stride, i.image_stride, i.width, i.height,
-            offset(i.frame_y), offset(i.frame_v), offset(i.frame_u), offset(i.sub_opacity),
-            offset(i.sub_y), offset(i.sub_v), offset(i.sub_u), offset(i.image),
-            offset(i.image_u), offset(i.image_v), int64_t(i.color_key), i.reserved1, i.reserved2,
-            !i.surface_format ? 0 : i.surface_format == &a.settings ? 1 : -1};
-}
 
 int rounded(int count, int block) { return std::max(1, (count + block - 1) / block) * block; }
 
@@ -66,13 +27,6 @@ void paint_key(uint8_t* row0, int64_t stride, int rows, int pixels, int bpp, uin
                     for (int c = 0; c < bpp; ++c) row[x * bpp + c] = uint8_t(key >> (8 * c));
         }
     }
-}
-
-std::string describe(const char* kernel, std::initializer_list<std::pair<const char*, int64_t>> fields) {
-    std::ostringstream s;
-    s << kernel;
-    for (const auto& [name, value] : fields) s << " " << name << " " << value;
-    return s.str();
 }
 
 // ---- RGB bitmap to sub-picture planes ----
@@ -114,7 +68,7 @@ CrossCase convert_case(const char* name, MixKernel Sub::*member, int bpp, const 
         i.surface_format = &a.settings;
         (t.subpicture->*member)(&i);
     };
-    c.record = record_of;
+    c.record = mix_record;
     return c;
 }
 
@@ -176,7 +130,7 @@ CrossCase alpha_case(const char* name, MixKernel Sub::*member, int bpp, int bloc
         i.sub_opacity = restore ? a.dst.data() + to : a.src.data() + from;
         (t.subpicture->*member)(&i);
     };
-    c.record = record_of;
+    c.record = mix_record;
     return c;
 }
 
@@ -247,7 +201,7 @@ CrossCase to_rgb_case(const char* name, MixKernel Sub::*member, int bpp, int lay
         i.surface_format = &a.settings;
         (t.subpicture->*member)(&i);
     };
-    c.record = record_of;
+    c.record = mix_record;
     return c;
 }
 

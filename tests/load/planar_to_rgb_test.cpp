@@ -4,9 +4,6 @@
 namespace dispconv::test {
 namespace {
 
-using FrameKernel = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t,
-                             ajust_contrast_info*);
-
 struct Twin {
     const char* name;
     FrameKernel planar, packed;

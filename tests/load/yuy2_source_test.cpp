@@ -4,9 +4,6 @@
 namespace dispconv::test {
 namespace {
 
-using FrameKernel = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t,
-                             ajust_contrast_info*);
-
 Buffer random_yuy2(int stride_px, int rows, uint32_t seed) {
     return random_buffer(size_t(2 * stride_px) * rows, seed);
 }

@@ -9,10 +9,6 @@
 
 namespace dispconv::test {
 
-using MixKernel = void (*)(MIX_INFO*);
-using FrameKernel = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t,
-                             ajust_contrast_info*);
-
 struct MixJob {
     int width, height, frame_stride, sub_stride, image_stride;
     Buffer frame_y, frame_u, frame_v, alpha, sub_y, sub_u, sub_v, image, image_u, image_v;

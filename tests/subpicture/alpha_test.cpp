@@ -6,11 +6,9 @@
 namespace dispconv::test {
 namespace {
 
-using Kernel = void (*)(MIX_INFO*);
-
 struct AlphaKernel {
     const char* name;
-    Kernel kernel;
+    MixKernel kernel;
     int block, bpp;
     bool loads;            // opacity to bitmap
     bool counts_height;    // counts height down in the record

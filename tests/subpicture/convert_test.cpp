@@ -6,11 +6,9 @@
 namespace dispconv::test {
 namespace {
 
-using Kernel = void (*)(MIX_INFO*);
-
 struct Format {
     const char* name;
-    Kernel kernel;
+    MixKernel kernel;
     int bpp;
 };
 const Format rgb32{"RGB32", Convert_RGB32_To_AYUY2, 4};

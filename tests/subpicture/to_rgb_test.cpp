@@ -6,12 +6,9 @@
 namespace dispconv::test {
 namespace {
 
-using Kernel = void (*)(MIX_INFO*);
-using FrameKernel = void(*) DISPCONV_FRAME_SIGNATURE;
-
 struct Format {
     const char* name;
-    Kernel plain, adjusted;
+    MixKernel plain, adjusted;
     FrameKernel frame_plain, frame_adjusted;  // the YUY2 frame loaders of the same format
     int bpp;
 };

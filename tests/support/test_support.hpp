@@ -15,6 +15,9 @@ namespace dispconv::test {
 
 inline constexpr uint8_t canary = 0xAA;
 
+using FrameKernel = void(*) DISPCONV_FRAME_SIGNATURE;
+using MixKernel = void (*)(MIX_INFO*);
+
 // A byte buffer with `margin` canary bytes on each side of its `size` usable bytes, so that a
 // comparison of the whole vector catches writes outside the area as well as inside it.
 struct Buffer {

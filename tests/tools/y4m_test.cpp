@@ -105,7 +105,10 @@ TEST(Y4mFile, WriterAndReaderRoundTripOddSizesInBothLayouts) {
     }
 }
 
-TEST(Y4mFile, DamagedFramesAreReportedWithTheirNumber) {
+long open_files() { return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()); }
+
+// Damaged frames are reported with their number; every refused file is closed again.
+TEST(Y4mFile, DamagedFilesAreReportedAndClosed) {
     ScratchDir scratch;
     const std::string good = y4m_frame(test_picture(8, 4, Chroma::c420, 0));
     struct Case {
@@ -119,7 +122,10 @@ TEST(Y4mFile, DamagedFramesAreReportedWithTheirNumber) {
         {y4m_header(8, 4, "420"), "holds no frames"},
         {"", "is not a YUV4MPEG2 file"},
         {std::string(5000, 'Y'), "is not a YUV4MPEG2 file"},
+        {"YUV4MPEG2 W0 H2\n", "is empty"},
+        {"YUV4MPEG2 W2 H2 C444\n", "unsupported chroma layout"},
     };
+    const long before = open_files();
     for (const Case& c : cases) {
         SCOPED_TRACE(c.reason);
         const std::string path = scratch / "bad.y4m";
@@ -132,27 +138,6 @@ TEST(Y4mFile, DamagedFramesAreReportedWithTheirNumber) {
             ADD_FAILURE() << "accepted";
         } catch (const ToolError& e) {
             EXPECT_NE(std::string(e.what()).find(c.reason), std::string::npos) << e.what();
-        }
-    }
-}
-
-long open_files() { return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()); }
-
-TEST(Y4mFile, RefusedFilesAreClosed) {
-    ScratchDir scratch;
-    const std::string inputs[] = {"", "YUV4MPEG2 W0 H2\n", "YUV4MPEG2 W2 H2 C444\n", std::string(5000, 'Y'),
-                                  y4m_header(8, 4, "420") + "FRAME\n"};
-    const long before = open_files();
-    for (const std::string& bytes : inputs) {
-        const std::string path = scratch / "bad.y4m";
-        write_file(path, bytes);
-        try {
-            Y4mReader reader(path);
-            PlanarPicture p;
-            while (reader.read_frame(p)) {
-            }
-            ADD_FAILURE() << "accepted " << bytes.substr(0, 40);
-        } catch (const ToolError&) {
         }
     }
     EXPECT_EQ(open_files(), before);
