@@ -17,27 +17,31 @@ template <class V>
 struct Avx2LoadRows : Sse2LoadRows<V> {
     using Base = Sse2LoadRows<V>;
 
-    // Two rows of 32 pixels sharing chroma, placed as x86w::spread_for<Format>: lumas as words,
-    // U and V as words repeated for each pixel pair.
-    template <class Format, class Adjust>
-    static void rgb_pair_2x16(__m256i y0_lo, __m256i y0_hi, __m256i y1_lo, __m256i y1_hi, __m256i u_lo,
-                              __m256i u_hi, __m256i v_lo, __m256i v_hi, uint8_t* d0, uint8_t* d1,
-                              const x86w::Lanes& l, const x86::Rgb16Lanes& layout) {
-        if constexpr (Adjust::enabled) {
-            // Adjusted words clamped as the narrowing to bytes would.
-            const __m256i zero = _mm256_setzero_si256(), top = _mm256_set1_epi16(255);
-            auto adj = [&](__m256i w, __m256i gain, __m256i offset) {
-                return _mm256_max_epi16(_mm256_min_epi16(x86w::adjust_words(w, gain, offset), top), zero);
-            };
-            u_lo = adj(u_lo, l.chroma_gain, l.u_offset), u_hi = adj(u_hi, l.chroma_gain, l.u_offset);
-            v_lo = adj(v_lo, l.chroma_gain, l.v_offset), v_hi = adj(v_hi, l.chroma_gain, l.v_offset);
-            y0_lo = adj(y0_lo, l.luma_gain, l.luma_offset), y0_hi = adj(y0_hi, l.luma_gain, l.luma_offset);
-            y1_lo = adj(y1_lo, l.luma_gain, l.luma_offset), y1_hi = adj(y1_hi, l.luma_gain, l.luma_offset);
-        }
-        const x86w::ChromaWords c = x86w::pixel_chroma_words(u_lo, u_hi, v_lo, v_hi);
-        x86w::store_rgb_spread<Format>(d0, x86w::luma_words_to_rgb(y0_lo, y0_hi, c), layout);
-        x86w::store_rgb_spread<Format>(d1, x86w::luma_words_to_rgb(y1_lo, y1_hi, c), layout);
+    // 32 pixels placed as x86w::spread_for<Format>: lumas as words, U and V as words repeated
+    // for each pixel pair. Adjusted words are clamped as the narrowing to bytes would.
+    template <class Adjust>
+    static __m256i adjusted(__m256i w, __m256i gain, __m256i offset) {
+        if constexpr (!Adjust::enabled) return w;
+        return _mm256_max_epi16(_mm256_min_epi16(x86w::adjust_words(w, gain, offset), _mm256_set1_epi16(255)),
+                                _mm256_setzero_si256());
     }
+    template <class Adjust>
+    static x86w::ChromaWords chroma_terms(__m256i u_lo, __m256i u_hi, __m256i v_lo, __m256i v_hi, const x86w::Lanes& l) {
+        return x86w::pixel_chroma_words(adjusted<Adjust>(u_lo, l.chroma_gain, l.u_offset), adjusted<Adjust>(u_hi, l.chroma_gain, l.u_offset),
+                                        adjusted<Adjust>(v_lo, l.chroma_gain, l.v_offset), adjusted<Adjust>(v_hi, l.chroma_gain, l.v_offset));
+    }
+    template <class Format, class Adjust>
+    static void store_row(__m256i y_lo, __m256i y_hi, const x86w::ChromaWords& c, uint8_t* d, const x86w::Lanes& l,
+                          const x86::Rgb16Lanes& layout) {
+        x86w::store_rgb_spread<Format>(
+            d, x86w::luma_words_to_rgb(adjusted<Adjust>(y_lo, l.luma_gain, l.luma_offset), adjusted<Adjust>(y_hi, l.luma_gain, l.luma_offset), c),
+            layout);
+    }
+    // Stores to two rows in step are slower than a row at a time; where the chroma terms are
+    // cheap next to the stores (plain 32-bit output) they are worked out again for the second
+    // row, elsewhere once for both rows.
+    template <class Format, class Adjust>
+    static constexpr bool row_at_a_time = Format::bytes_per_pixel == 4 && !Adjust::enabled;
 
     // Blocks of 8 pixels are 16 bytes: two blocks fill one register, one per lane.
     template <class Adjust>
@@ -72,14 +76,35 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
         const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
         constexpr x86w::Spread spread = x86w::spread_for<Format>;
         const __m256i zero = _mm256_setzero_si256();
-        for (; blocks >= 2; blocks -= 2, y0 += 32, y1 += 32, u += 16, v += 16, d0 += step, d1 += step) {
-            const __m256i uu = _mm256_broadcastsi128_si256(x86::load16(u)), vv = _mm256_broadcastsi128_si256(x86::load16(v));
-            const __m256i top = x86w::spread_luma<spread>(x86w::load32(y0)), bottom = x86w::spread_luma<spread>(x86w::load32(y1));
-            rgb_pair_2x16<Format, Adjust>(_mm256_unpacklo_epi8(top, zero), _mm256_unpackhi_epi8(top, zero),
-                                          _mm256_unpacklo_epi8(bottom, zero), _mm256_unpackhi_epi8(bottom, zero),
-                                          x86w::spread_chroma<spread, 0>(uu), x86w::spread_chroma<spread, 1>(uu),
-                                          x86w::spread_chroma<spread, 0>(vv), x86w::spread_chroma<spread, 1>(vv), d0, d1, l, lanes);
+        const uint32_t pairs_end = blocks & ~1u;
+        auto luma = [&](const uint8_t* y, uint32_t i, __m256i& lo, __m256i& hi) {
+            const __m256i spread_y = x86w::spread_luma<spread>(x86w::load32(y + 16 * i));
+            lo = _mm256_unpacklo_epi8(spread_y, zero), hi = _mm256_unpackhi_epi8(spread_y, zero);
+        };
+        auto chroma = [&](uint32_t i) {
+            const __m256i uu = _mm256_broadcastsi128_si256(x86::load16(u + 8 * i));
+            const __m256i vv = _mm256_broadcastsi128_si256(x86::load16(v + 8 * i));
+            return chroma_terms<Adjust>(x86w::spread_chroma<spread, 0>(uu), x86w::spread_chroma<spread, 1>(uu),
+                                        x86w::spread_chroma<spread, 0>(vv), x86w::spread_chroma<spread, 1>(vv), l);
+        };
+        __m256i lo, hi;
+        if constexpr (row_at_a_time<Format, Adjust>) {
+            for (int r = 0; r < 2; ++r)
+                for (uint32_t i = 0; i < pairs_end; i += 2) {
+                    luma(r ? y1 : y0, i, lo, hi);
+                    store_row<Format, Adjust>(lo, hi, chroma(i), (r ? d1 : d0) + ptrdiff_t(i) * step / 2, l, lanes);
+                }
+        } else {
+            for (uint32_t i = 0; i < pairs_end; i += 2) {
+                const x86w::ChromaWords c = chroma(i);
+                luma(y0, i, lo, hi);
+                store_row<Format, Adjust>(lo, hi, c, d0 + ptrdiff_t(i) * step / 2, l, lanes);
+                luma(y1, i, lo, hi);
+                store_row<Format, Adjust>(lo, hi, c, d1 + ptrdiff_t(i) * step / 2, l, lanes);
+            }
         }
+        y0 += 16 * pairs_end, y1 += 16 * pairs_end, u += 8 * pairs_end, v += 8 * pairs_end;
+        d0 += ptrdiff_t(pairs_end) * step / 2, d1 += ptrdiff_t(pairs_end) * step / 2, blocks -= pairs_end;
         if (blocks) Base::template planar_pair_to_rgb<Format, Adjust>(y0, y1, u, v, d0, d1, 1, a, layout);
     }
 
@@ -93,15 +118,35 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
         const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
         const __m256i m = _mm256_set1_epi16(0x00FF);
         constexpr x86w::Spread spread = x86w::spread_for<Format>;
-        for (; blocks >= 2; blocks -= 2, s0 += 64, s1 += 64, d0 += step, d1 += step) {
-            const __m256i a0 = x86w::spread_yuy2<spread, 0>(s0), b0 = x86w::spread_yuy2<spread, 1>(s0);
-            const __m256i a1 = x86w::spread_yuy2<spread, 0>(s1), b1 = x86w::spread_yuy2<spread, 1>(s1);
-            // Y U Y V: U at bytes 1, 5, 9, 13 and V at 3, 7, 11, 15.
-            rgb_pair_2x16<Format, Adjust>(_mm256_and_si256(a0, m), _mm256_and_si256(b0, m), _mm256_and_si256(a1, m),
-                                          _mm256_and_si256(b1, m), x86w::yuy2_chroma_words<1>(a0),
-                                          x86w::yuy2_chroma_words<1>(b0), x86w::yuy2_chroma_words<3>(a0),
-                                          x86w::yuy2_chroma_words<3>(b0), d0, d1, l, lanes);
+        const uint32_t pairs_end = blocks & ~1u;
+        // Both rows take the first row's chroma. Y U Y V: U at bytes 1, 5, 9, 13, V at 3, 7, 11, 15.
+        auto chroma = [&](__m256i a0, __m256i b0) {
+            return chroma_terms<Adjust>(x86w::yuy2_chroma_words<1>(a0), x86w::yuy2_chroma_words<1>(b0),
+                                        x86w::yuy2_chroma_words<3>(a0), x86w::yuy2_chroma_words<3>(b0), l);
+        };
+        auto row = [&](const uint8_t* s, uint32_t i, __m256i& a, __m256i& b) {
+            a = x86w::spread_yuy2<spread, 0>(s + 32 * i), b = x86w::spread_yuy2<spread, 1>(s + 32 * i);
+        };
+        __m256i a0, b0, a1, b1;
+        if constexpr (row_at_a_time<Format, Adjust>) {
+            for (uint32_t i = 0; i < pairs_end; i += 2) {
+                row(s0, i, a0, b0);
+                store_row<Format, Adjust>(_mm256_and_si256(a0, m), _mm256_and_si256(b0, m), chroma(a0, b0), d0 + ptrdiff_t(i) * step / 2, l, lanes);
+            }
+            for (uint32_t i = 0; i < pairs_end; i += 2) {
+                row(s0, i, a0, b0), row(s1, i, a1, b1);
+                store_row<Format, Adjust>(_mm256_and_si256(a1, m), _mm256_and_si256(b1, m), chroma(a0, b0), d1 + ptrdiff_t(i) * step / 2, l, lanes);
+            }
+        } else {
+            for (uint32_t i = 0; i < pairs_end; i += 2) {
+                row(s0, i, a0, b0), row(s1, i, a1, b1);
+                const x86w::ChromaWords c = chroma(a0, b0);
+                store_row<Format, Adjust>(_mm256_and_si256(a0, m), _mm256_and_si256(b0, m), c, d0 + ptrdiff_t(i) * step / 2, l, lanes);
+                store_row<Format, Adjust>(_mm256_and_si256(a1, m), _mm256_and_si256(b1, m), c, d1 + ptrdiff_t(i) * step / 2, l, lanes);
+            }
         }
+        s0 += 32 * pairs_end, s1 += 32 * pairs_end, blocks -= pairs_end;
+        d0 += ptrdiff_t(pairs_end) * step / 2, d1 += ptrdiff_t(pairs_end) * step / 2;
         if (blocks) Base::template yuy2_pair_to_rgb<Format, Adjust>(s0, s1, d0, d1, 1, a, layout);
     }
 
