@@ -10,7 +10,8 @@ using FrameKernel = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32
 void add_frame_kernel(const std::string& group, const char* name, FrameKernel dispconv::LoadKernels::*member,
                       bool packed_source, int out_bytes_per_pixel_x2, int w, int h, double bytes) {
     Frame& f = frame(w, h);
-    const int dst_stride = w * out_bytes_per_pixel_x2 / 2;
+    // A YV12 surface's pitch is its luma plane's (the YV12 copy also steps its source by it).
+    const int dst_stride = out_bytes_per_pixel_x2 == 3 ? w : w * out_bytes_per_pixel_x2 / 2;
     add_ours(group, name, w, h, bytes, [=, &f](const dispconv::KernelTable& t) -> std::function<void()> {
         FrameKernel k = t.load->*member;
         return [=, &f] {
