@@ -37,11 +37,6 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
             d, x86w::luma_words_to_rgb(adjusted<Adjust>(y_lo, l.luma_gain, l.luma_offset), adjusted<Adjust>(y_hi, l.luma_gain, l.luma_offset), c),
             layout);
     }
-    // Stores to two rows in step are slower than a row at a time; where the chroma terms are
-    // cheap next to the stores (plain 32-bit output) they are worked out again for the second
-    // row, elsewhere once for both rows.
-    template <class Format, class Adjust>
-    static constexpr bool row_at_a_time = Format::bytes_per_pixel == 4 && !Adjust::enabled;
 
     // Blocks of 8 pixels are 16 bytes: two blocks fill one register, one per lane.
     template <class Adjust>
@@ -87,21 +82,14 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
             return chroma_terms<Adjust>(x86w::spread_chroma<spread, 0>(uu), x86w::spread_chroma<spread, 1>(uu),
                                         x86w::spread_chroma<spread, 0>(vv), x86w::spread_chroma<spread, 1>(vv), l);
         };
+        // The chroma terms once for both rows.
         __m256i lo, hi;
-        if constexpr (row_at_a_time<Format, Adjust>) {
-            for (int r = 0; r < 2; ++r)
-                for (uint32_t i = 0; i < pairs_end; i += 2) {
-                    luma(r ? y1 : y0, i, lo, hi);
-                    store_row<Format, Adjust>(lo, hi, chroma(i), (r ? d1 : d0) + ptrdiff_t(i) * step / 2, l, lanes);
-                }
-        } else {
-            for (uint32_t i = 0; i < pairs_end; i += 2) {
-                const x86w::ChromaWords c = chroma(i);
-                luma(y0, i, lo, hi);
-                store_row<Format, Adjust>(lo, hi, c, d0 + ptrdiff_t(i) * step / 2, l, lanes);
-                luma(y1, i, lo, hi);
-                store_row<Format, Adjust>(lo, hi, c, d1 + ptrdiff_t(i) * step / 2, l, lanes);
-            }
+        for (uint32_t i = 0; i < pairs_end; i += 2) {
+            const x86w::ChromaWords c = chroma(i);
+            luma(y0, i, lo, hi);
+            store_row<Format, Adjust>(lo, hi, c, d0 + ptrdiff_t(i) * step / 2, l, lanes);
+            luma(y1, i, lo, hi);
+            store_row<Format, Adjust>(lo, hi, c, d1 + ptrdiff_t(i) * step / 2, l, lanes);
         }
         y0 += 16 * pairs_end, y1 += 16 * pairs_end, u += 8 * pairs_end, v += 8 * pairs_end;
         d0 += ptrdiff_t(pairs_end) * step / 2, d1 += ptrdiff_t(pairs_end) * step / 2, blocks -= pairs_end;
@@ -128,22 +116,11 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
             a = x86w::spread_yuy2<spread, 0>(s + 32 * i), b = x86w::spread_yuy2<spread, 1>(s + 32 * i);
         };
         __m256i a0, b0, a1, b1;
-        if constexpr (row_at_a_time<Format, Adjust>) {
-            for (uint32_t i = 0; i < pairs_end; i += 2) {
-                row(s0, i, a0, b0);
-                store_row<Format, Adjust>(_mm256_and_si256(a0, m), _mm256_and_si256(b0, m), chroma(a0, b0), d0 + ptrdiff_t(i) * step / 2, l, lanes);
-            }
-            for (uint32_t i = 0; i < pairs_end; i += 2) {
-                row(s0, i, a0, b0), row(s1, i, a1, b1);
-                store_row<Format, Adjust>(_mm256_and_si256(a1, m), _mm256_and_si256(b1, m), chroma(a0, b0), d1 + ptrdiff_t(i) * step / 2, l, lanes);
-            }
-        } else {
-            for (uint32_t i = 0; i < pairs_end; i += 2) {
-                row(s0, i, a0, b0), row(s1, i, a1, b1);
-                const x86w::ChromaWords c = chroma(a0, b0);
-                store_row<Format, Adjust>(_mm256_and_si256(a0, m), _mm256_and_si256(b0, m), c, d0 + ptrdiff_t(i) * step / 2, l, lanes);
-                store_row<Format, Adjust>(_mm256_and_si256(a1, m), _mm256_and_si256(b1, m), c, d1 + ptrdiff_t(i) * step / 2, l, lanes);
-            }
+        for (uint32_t i = 0; i < pairs_end; i += 2) {
+            row(s0, i, a0, b0), row(s1, i, a1, b1);
+            const x86w::ChromaWords c = chroma(a0, b0);
+            store_row<Format, Adjust>(_mm256_and_si256(a0, m), _mm256_and_si256(b0, m), c, d0 + ptrdiff_t(i) * step / 2, l, lanes);
+            store_row<Format, Adjust>(_mm256_and_si256(a1, m), _mm256_and_si256(b1, m), c, d1 + ptrdiff_t(i) * step / 2, l, lanes);
         }
         s0 += 32 * pairs_end, s1 += 32 * pairs_end, blocks -= pairs_end;
         d0 += ptrdiff_t(pairs_end) * step / 2, d1 += ptrdiff_t(pairs_end) * step / 2;
