@@ -65,7 +65,7 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
                                    const uint8_t* v, uint8_t* d0, uint8_t* d1, uint32_t blocks,
                                    const AdjustConstants& a, const Rgb16Layout& layout) {
         constexpr int step = 32 * Format::bytes_per_pixel;
-        if (x86w::rows_overlap(d0, d1, ptrdiff_t(blocks) * step / 2))
+        if (runs_overlap(d0, d1, ptrdiff_t(blocks) * step / 2))
             return Base::template planar_pair_to_rgb<Format, Adjust>(y0, y1, u, v, d0, d1, blocks, a, layout);
         const x86w::Lanes l = x86w::lanes(a);
         const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
@@ -100,7 +100,7 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
     static void yuy2_pair_to_rgb(const uint8_t* s0, const uint8_t* s1, uint8_t* d0, uint8_t* d1,
                                  uint32_t blocks, const AdjustConstants& a, const Rgb16Layout& layout) {
         constexpr int step = 32 * Format::bytes_per_pixel;
-        if (x86w::rows_overlap(d0, d1, ptrdiff_t(blocks) * step / 2))
+        if (runs_overlap(d0, d1, ptrdiff_t(blocks) * step / 2))
             return Base::template yuy2_pair_to_rgb<Format, Adjust>(s0, s1, d0, d1, blocks, a, layout);
         const x86w::Lanes l = x86w::lanes(a);
         const x86::Rgb16Lanes lanes = x86::rgb16_lanes(layout);
@@ -129,7 +129,7 @@ struct Avx2LoadRows : Sse2LoadRows<V> {
 
     static void planar_pair_to_yuy2_gapped(const uint8_t* y0, const uint8_t* y1, const uint8_t* u,
                                            const uint8_t* v, uint8_t* d0, uint8_t* d1, uint32_t blocks) {
-        if (x86w::rows_overlap(d0, d1, ptrdiff_t(blocks) * 32)) return Base::planar_pair_to_yuy2_gapped(y0, y1, u, v, d0, d1, blocks);
+        if (runs_overlap(d0, d1, ptrdiff_t(blocks) * 32)) return Base::planar_pair_to_yuy2_gapped(y0, y1, u, v, d0, d1, blocks);
         for (; blocks >= 2; blocks -= 2, y0 += 32, y1 += 32, u += 16, v += 16, d0 += 64, d1 += 64) {
             const __m128i u16 = x86::load16(u), v16 = x86::load16(v);
             const __m256i uv = _mm256_set_m128i(_mm_unpackhi_epi8(u16, v16), _mm_unpacklo_epi8(u16, v16));

@@ -99,7 +99,7 @@ struct Avx2Mix : Sse2Mix {
         const ptrdiff_t row_bytes = ptrdiff_t(blocks) * block_bytes;
         for (int r = 0; r < count; ++r)
             for (int q = r + 1; q < count; ++q)
-                if (x86w::rows_overlap(dst[r], dst[q], row_bytes)) return sse2_rows(rows, count, blocks, dst);
+                if (runs_overlap(dst[r], dst[q], row_bytes)) return sse2_rows(rows, count, blocks, dst);
         const x86w::Lanes l = x86w::lanes(a);
         const uint32_t pairs_end = blocks & ~1u;
         for (int r = 0; r < count; ++r) {
@@ -153,7 +153,7 @@ struct Avx2Mix : Sse2Mix {
 
     static void mix_half_yuy2_rows(const MixRow* rows, int count, uint32_t blocks, const AdjustConstants& a,
                                    uint8_t* const* dst) {
-        if (blocks < 3 || (count == 2 && x86w::rows_overlap(dst[0], dst[1], ptrdiff_t(blocks) * block)))
+        if (blocks < 3 || (count == 2 && runs_overlap(dst[0], dst[1], ptrdiff_t(blocks) * block)))
             return Sse2Mix::mix_half_yuy2_rows(rows, count, blocks, a, dst);
         const x86w::Lanes l = x86w::lanes(a);
         const x86::AdjustLanes l1 = x86::adjust_lanes(a);

@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "core/adjust.hpp"
+#include "core/geometry.hpp"
 #include "simd/x86/sse2_ops.hpp"
 
 namespace dispconv::simd {
@@ -242,16 +243,6 @@ inline void store_rgb_spread(uint8_t* d, const RgbVectors& c, const x86::Rgb16La
         store32(d + 64, _mm256_unpacklo_epi16(bg_hi, r0_hi));
         store32(d + 96, _mm256_unpackhi_epi16(bg_hi, r0_hi));
     }
-}
-
-// Whether two rows of `bytes` written at a and b share any byte: then the stores must keep the
-// reference's block-by-block order, which only single-block loops do.
-// The distance is taken modulo the address space: on 32-bit targets two rows of one surface may
-// lie on either side of the 2 GiB line, where a signed difference of the addresses overflows.
-inline bool rows_overlap(const uint8_t* a, const uint8_t* b, ptrdiff_t bytes) {
-    const uintptr_t d = reinterpret_cast<uintptr_t>(b) - reinterpret_cast<uintptr_t>(a);
-    const uintptr_t distance = d < uintptr_t(0) - d ? d : uintptr_t(0) - d;
-    return bytes > 0 && distance < uintptr_t(bytes);
 }
 
 }  // namespace x86w
