@@ -226,5 +226,11 @@ inline void store_low_halves(uint8_t* d, Vec<32> v) {
 }
 #endif
 
+// Primitives first needed by the stretch operations.
+
+// Primitives first needed by the sub-picture operations.
+
+// Primitives first needed by the mix operations.
+
 }  // namespace
 }  // namespace dispconv::simd
