@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "core/formats.hpp"
-#include "load/common.hpp"
+#include "core/walk.hpp"
 #include "simd/portable/mix.hpp"
 
 namespace dispconv::kernels {

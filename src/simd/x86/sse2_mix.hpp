@@ -133,7 +133,7 @@ struct Sse2Mix : PortableMix {
             else
                 w = load(alpha + i);
             __m128i m = mix_bytes(f, load(sub + i), w);
-            if constexpr (Adjust::enabled) m = adjust_bytes(m, g, o);
+            if constexpr (Adjust::enabled) m = x86::adjust_bytes(m, g, o);
             return m;
         };
         uint32_t i = 0;

@@ -175,11 +175,11 @@ struct Sse2Subpicture : PortableSubpicture {
         for (uint32_t i = 0; i < blocks; ++i) {
             __m128i y = load16(sub_y), u = load8(sub_u), v = load8(sub_v);
             if constexpr (Adjust::enabled) {
-                y = adjust_bytes(y, l.luma_gain, l.luma_offset);
-                u = adjust_bytes(u, l.chroma_gain, l.u_offset);
-                v = adjust_bytes(v, l.chroma_gain, l.v_offset);
+                y = x86::adjust_bytes(y, l.luma_gain, l.luma_offset);
+                u = x86::adjust_bytes(u, l.chroma_gain, l.u_offset);
+                v = x86::adjust_bytes(v, l.chroma_gain, l.v_offset);
             }
-            select_store_16<Format>(image, luma_to_rgb(y, chroma_words(u, v)), load16(opacity), key_vec, lanes);
+            select_store_16<Format>(image, x86::luma_to_rgb(y, x86::chroma_words(u, v)), load16(opacity), key_vec, lanes);
             sub_y += 16, opacity += 16, sub_u += 8, sub_v += 8, image += 16 * Format::bytes_per_pixel;
         }
     }
