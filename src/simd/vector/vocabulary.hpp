@@ -11,7 +11,7 @@
 namespace dispconv::simd {
 namespace {
 
-template <class V, class Self>
+template <class V>
 struct VectorVocabulary : VectorCore<V>, VectorLoad<V>, VectorStretch<V>, VectorSubpicture<V>, VectorMix<V> {};
 
 }  // namespace

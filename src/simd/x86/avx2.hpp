@@ -7,7 +7,7 @@
 namespace dispconv::simd {
 namespace {
 
-struct Avx2 : VectorVocabulary<Vec<32>, Avx2> {};
+struct Avx2 : VectorVocabulary<Vec<32>> {};
 
 }  // namespace
 }  // namespace dispconv::simd

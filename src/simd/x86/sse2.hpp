@@ -7,7 +7,7 @@
 namespace dispconv::simd {
 namespace {
 
-struct Sse2 : VectorVocabulary<Vec<16>, Sse2> {};
+struct Sse2 : VectorVocabulary<Vec<16>> {};
 
 }  // namespace
 }  // namespace dispconv::simd
