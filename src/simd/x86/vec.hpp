@@ -228,6 +228,23 @@ inline void store_low_halves(uint8_t* d, Vec<32> v) {
 
 // Primitives first needed by the stretch operations.
 
+// The vector one lane further along the run a, b: lane k holds a's lane k + 1, the top lane
+// b's lane 0. One lane: b.
+inline Vec<16> next_lanes(Vec<16>, Vec<16> b) { return b; }
+// Lane k loads the 16 bytes at p + 8k (overlapping windows of a row).
+template <class V>
+V load_staggered(const void* p);
+template <>
+inline Vec<16> load_staggered<Vec<16>>(const void* p) { return Vec<16>::load(p); }
+#if defined(__AVX2__)
+inline Vec<32> next_lanes(Vec<32> a, Vec<32> b) { return {_mm256_permute2x128_si256(a.r, b.r, 0x21)}; }
+template <>
+inline Vec<32> load_staggered<Vec<32>>(const void* p) {
+    const auto* q = static_cast<const uint8_t*>(p);
+    return {_mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(q + 8), reinterpret_cast<const __m128i*>(q))};
+}
+#endif
+
 // Primitives first needed by the sub-picture operations.
 
 // Primitives first needed by the mix operations.
