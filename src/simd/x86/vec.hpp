@@ -211,6 +211,9 @@ inline Vec<16> lane(Vec<16> v) { return v; }
 // with deal<G>: lo takes each lane's first half of that, hi the second.
 template <int G>
 inline void deal_pair(Vec<16> a, Vec<16> b, Vec<16>& lo, Vec<16>& hi) { lo = a, hi = b; }
+// Lanes of lo and hi taken in turn (lo's lane 0, hi's lane 0, lo's lane 1 ...) as two vectors
+// of a row: what store_block_pairs stores, kept in registers.
+inline void interleave_lanes(Vec<16> lo, Vec<16> hi, Vec<16>& first, Vec<16>& second) { first = lo, second = hi; }
 
 #if defined(__AVX2__)
 inline Vec<32> Vec<32>::table(const LaneTable& t) {
@@ -262,6 +265,9 @@ template <int k>
 inline Vec<16> lane(Vec<32> v) {
     if constexpr (k == 0) return {_mm256_castsi256_si128(v.r)};
     else return {_mm256_extracti128_si256(v.r, k)};
+}
+inline void interleave_lanes(Vec<32> lo, Vec<32> hi, Vec<32>& first, Vec<32>& second) {
+    first = {_mm256_permute2x128_si256(lo.r, hi.r, 0x20)}, second = {_mm256_permute2x128_si256(lo.r, hi.r, 0x31)};
 }
 inline void store_low_halves(uint8_t* d, Vec<32> v) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm256_castsi256_si128(_mm256_permute4x64_epi64(v.r, 0x08)));
@@ -317,9 +323,14 @@ template <int k>
 inline Vec<16> lane(Vec<64> v) {
     return {_mm512_extracti32x4_epi32(v.r, k)};
 }
+inline void interleave_lanes(Vec<64> lo, Vec<64> hi, Vec<64>& first, Vec<64>& second) {
+    first = {_mm512_permutex2var_epi64(lo.r, _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11), hi.r)};
+    second = {_mm512_permutex2var_epi64(lo.r, _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15), hi.r)};
+}
 inline void store_block_pairs(uint8_t* d, Vec<64> first, Vec<64> second) {
-    _mm512_storeu_si512(d, _mm512_permutex2var_epi64(first.r, _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11), second.r));
-    _mm512_storeu_si512(d + 64, _mm512_permutex2var_epi64(first.r, _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15), second.r));
+    Vec<64> a, b;
+    interleave_lanes(first, second, a, b);
+    Vec<64>::store(d, a), Vec<64>::store(d + 64, b);
 }
 inline void store_block_triples(uint8_t* d, Vec<64> a, Vec<64> b, Vec<64> c) {
     auto two = [](__m512i x, __m512i y, __m512i idx) { return _mm512_permutex2var_epi64(x, idx, y); };
@@ -343,6 +354,36 @@ inline void store_low_halves(uint8_t* d, Vec<64> v) {
 #endif
 
 // Primitives first needed by the stretch operations.
+
+// The vector one lane further along the run a, b: lane k holds a's lane k + 1, the top lane
+// b's lane 0. One lane: b.
+inline Vec<16> next_lanes(Vec<16>, Vec<16> b) { return b; }
+// Lane k loads the 16 bytes at p + 8k (overlapping windows of a row).
+template <class V>
+V load_staggered(const void* p);
+template <>
+inline Vec<16> load_staggered<Vec<16>>(const void* p) { return Vec<16>::load(p); }
+#if defined(__AVX2__)
+inline Vec<32> next_lanes(Vec<32> a, Vec<32> b) { return {_mm256_permute2x128_si256(a.r, b.r, 0x21)}; }
+template <>
+inline Vec<32> load_staggered<Vec<32>>(const void* p) {
+    const auto* q = static_cast<const uint8_t*>(p);
+    return {_mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(q + 8), reinterpret_cast<const __m128i*>(q))};
+}
+#endif
+#if defined(__AVX512BW__)
+inline Vec<64> next_lanes(Vec<64> a, Vec<64> b) {
+    return {_mm512_permutex2var_epi64(a.r, _mm512_setr_epi64(2, 3, 4, 5, 6, 7, 8, 9), b.r)};
+}
+template <>
+inline Vec<64> load_staggered<Vec<64>>(const void* p) {
+    const auto* q = static_cast<const uint8_t*>(p);
+    const __m512i first = _mm512_castsi256_si512(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(q)));
+    const __m512i all = _mm512_inserti64x4(first, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(q + 8)), 1);
+    // lanes: q[0..15], q[8..23], q[16..31], q[24..39]
+    return {_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 1, 1, 2, 2, 3, 6, 7), all)};
+}
+#endif
 
 // Primitives first needed by the sub-picture operations.
 
