@@ -63,9 +63,9 @@ DISPCONV_VECTOR_INLINE ChromaVec<V> chroma_words(V u8, V v8) {
     const V z = V::zero(), bias = V::set1_i16(128);
     const V cu = sub_i16(unpacklo_u8(u8, z), bias), cv = sub_i16(unpacklo_u8(v8, z), bias);
     const V gu = mulhi_i16(cu, V::set1_i16(25625));
-    const V bu = mulhi_i16(slli_i16<3>(cu), V::set1_i16(16532));
-    const V gv = mulhi_i16(slli_i16<1>(cv), V::set1_i16(26641));
-    const V rv = mulhi_i16(slli_i16<2>(cv), V::set1_i16(26149));
+    const V bu = mulhi_scaled_i16<3>(cu, V::set1_i16(16532));
+    const V gv = mulhi_scaled_i16<1>(cv, V::set1_i16(26641));
+    const V rv = mulhi_scaled_i16<2>(cv, V::set1_i16(26149));
     return {unpacklo_u16(gu, gu), unpackhi_u16(gu, gu), unpacklo_u16(gv, gv), unpackhi_u16(gv, gv),
             unpacklo_u16(bu, bu), unpackhi_u16(bu, bu), unpacklo_u16(rv, rv), unpackhi_u16(rv, rv)};
 }
@@ -78,9 +78,9 @@ DISPCONV_VECTOR_INLINE ChromaVec<V> pixel_chroma_words(V u_lo, V u_hi, V v_lo, V
     const V cu_lo = sub_i16(u_lo, bias), cu_hi = sub_i16(u_hi, bias);
     const V cv_lo = sub_i16(v_lo, bias), cv_hi = sub_i16(v_hi, bias);
     return {mulhi_i16(cu_lo, gu), mulhi_i16(cu_hi, gu),
-            mulhi_i16(slli_i16<1>(cv_lo), gv), mulhi_i16(slli_i16<1>(cv_hi), gv),
-            mulhi_i16(slli_i16<3>(cu_lo), bu), mulhi_i16(slli_i16<3>(cu_hi), bu),
-            mulhi_i16(slli_i16<2>(cv_lo), rv), mulhi_i16(slli_i16<2>(cv_hi), rv)};
+            mulhi_scaled_i16<1>(cv_lo, gv), mulhi_scaled_i16<1>(cv_hi, gv),
+            mulhi_scaled_i16<3>(cu_lo, bu), mulhi_scaled_i16<3>(cu_hi, bu),
+            mulhi_scaled_i16<2>(cv_lo, rv), mulhi_scaled_i16<2>(cv_hi, rv)};
 }
 
 template <Vector V>
@@ -91,8 +91,8 @@ struct RgbVec {
 template <Vector V>
 DISPCONV_VECTOR_INLINE RgbVec<V> luma_words_to_rgb(V y_lo, V y_hi, const ChromaVec<V>& c) {
     const V black = V::set1_i16(16), scale = V::set1_i16(19071);
-    const V lo = mulhi_i16(slli_i16<2>(sub_i16(y_lo, black)), scale);
-    const V hi = mulhi_i16(slli_i16<2>(sub_i16(y_hi, black)), scale);
+    const V lo = mulhi_scaled_i16<2>(sub_i16(y_lo, black), scale);
+    const V hi = mulhi_scaled_i16<2>(sub_i16(y_hi, black), scale);
     return {packus_i16(adds_i16(lo, c.rv_lo), adds_i16(hi, c.rv_hi)),
             packus_i16(subs_i16(subs_i16(lo, c.gu_lo), c.gv_lo), subs_i16(subs_i16(hi, c.gu_hi), c.gv_hi)),
             packus_i16(adds_i16(lo, c.bu_lo), adds_i16(hi, c.bu_hi))};
@@ -181,12 +181,16 @@ inline constexpr int pixel_group = Format::bytes_per_pixel == 4 ? 4 : Format::by
 template <class Format, class V>
 DISPCONV_VECTOR_INLINE void store_rgb(uint8_t* d, const RgbVec<V>& c, const Rgb16Vec<V>& l) {
     constexpr int W = V::bytes;
-    if constexpr (Format::bytes_per_pixel == 4) {
+    if constexpr (Format::bytes_per_pixel == 4 && has_structure_stores) {
+        store_interleaved(d, c.b, c.g, c.r, V::zero());
+    } else if constexpr (Format::bytes_per_pixel == 4) {
         const Rgb32Quads<V> q = interleave_rgb32(c);
         V::store(d, q.q0), V::store(d + W, q.q1), V::store(d + 2 * W, q.q2), V::store(d + 3 * W, q.q3);
     } else if constexpr (Format::bytes_per_pixel == 2) {
         const Rgb16Pair<V> w = pack_rgb16(c, l);
         V::store(d, w.lo), V::store(d + W, w.hi);
+    } else if constexpr (has_structure_stores) {
+        store_interleaved(d, c.b, c.g, c.r);
     } else {
         const Rgb24Parts<V> p = pack_rgb24(c);
         store_block_triples(d, p.p0, p.p1, p.p2);
