@@ -155,7 +155,7 @@ int run_tool(int argc, char** argv) {
         return 0;
     }
     if (options.version) {
-        std::printf("dispconv %s\n", DISPCONV_TOOL_VERSION);
+        std::printf("dispconv %s\n", dispconv_version());
         return 0;
     }
     try {
