@@ -1,4 +1,5 @@
-// dispconv benchmark: each kernel on every instruction set this CPU has, beside the closest
+// dispconv benchmark: each kernel on every instruction set this CPU has (or those --isa=LIST
+// names), beside the closest
 // operation of libyuv and swscale and memcpy of the same output bytes, single thread, at
 // 720x480 and 1920x1080. Ends with a table of ratios (the fastest of the repetitions).
 #include <benchmark/benchmark.h>
@@ -14,6 +15,7 @@
 
 #include "bench.hpp"
 #include "core/kernel_table.hpp"
+#include "dispconv.hpp"
 
 namespace bench {
 
@@ -54,11 +56,15 @@ namespace {
 
 ajust_contrast_info settings{70, 60, -4, 3, -3, 0, 0, 0, 0, 0, 0, 0};
 
+// The instruction sets measured: those this CPU runs, narrowed by --isa=LIST.
+std::vector<uint32_t> measured_sets;
+
 void add_ours(const std::string& group, const std::string& name, int w, int h, double bytes,
               const std::function<std::function<void()>(const dispconv::KernelTable&)>& call) {
-    for (int i = 0; i < dispconv::isa_count; ++i) {
-        const dispconv::KernelTable* t = dispconv::kernel_table(dispconv::Isa(i));
-        if (t) add({group, name + " [" + dispconv::isa_name(dispconv::Isa(i)) + "]", Kind::ours, w, h, bytes, call(*t)});
+    for (uint32_t bit : measured_sets) {
+        const auto isa = dispconv::Isa(bit ? __builtin_ctz(bit) + 1 : 0);
+        if (const dispconv::KernelTable* t = dispconv::kernel_table(isa))
+            add({group, name + " [" + dispconv::isa_name(bit) + "]", Kind::ours, w, h, bytes, call(*t)});
     }
 }
 
@@ -144,6 +150,20 @@ void print_summary(const SummaryReporter& rep) {
 }  // namespace bench
 
 int main(int argc, char** argv) {
+    // --isa=portable,avx2 measures only those sets (default: every set this CPU runs).
+    std::string wanted;
+    for (int i = 1; i < argc; ++i)
+        if (std::strncmp(argv[i], "--isa=", 6) == 0) {
+            wanted = std::string(",") + (argv[i] + 6) + ",";
+            std::copy(argv + i + 1, argv + argc + 1, argv + i);
+            --argc;
+            break;
+        }
+    for (const dispconv::IsaName& n : dispconv::isa_names) {
+        const bool listed = wanted.empty() || wanted.find(std::string(",") + n.name + ",") != std::string::npos;
+        if (listed && (n.bit == 0 || (dispconv_isa_available() & n.bit))) bench::measured_sets.push_back(n.bit);
+        else if (listed) std::fprintf(stderr, "--isa: %s is not available here\n", n.name);
+    }
     get_contrast_data(&bench::settings);
     for (auto [w, h] : {std::pair{720, 480}, std::pair{1920, 1080}}) {
         bench::register_loads(w, h);

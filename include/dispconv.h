@@ -470,6 +470,28 @@ DISPCONV_API void mix_ayv12_yv12_p_ajust(MIX_INFO *info);
 DISPCONV_API void mix_ayv12_yv12_i(MIX_INFO *info);
 
 /* ------------------------------------------------------------------------------------------ */
+/* Instruction sets                                                                            */
+/* ------------------------------------------------------------------------------------------ */
+
+/* Every kernel exists once per instruction set built into the library; all give the same bytes.
+ * By default each call uses the fastest set this CPU runs, chosen on first use. */
+#define DISPCONV_ISA_SSE2 1u   /* x86: SSE2 */
+#define DISPCONV_ISA_AVX2 2u   /* x86: AVX2 */
+#define DISPCONV_ISA_AVX512 4u /* x86: AVX-512BW with VL */
+#define DISPCONV_ISA_NEON 8u   /* aarch64: Advanced SIMD */
+
+/* The sets built into this library that this CPU runs, as DISPCONV_ISA_ bits (0 when only the
+ * portable kernels are available). */
+DISPCONV_API uint32_t dispconv_isa_available(void);
+
+/* From the next kernel call on, kernels use the best available set among the bits of mask (0:
+ * the portable kernels; unknown bits are ignored, and a mask naming only unavailable sets
+ * selects the portable kernels). Returns the bit of the set now in use, 0 for portable. Safe
+ * while kernels run on other threads: a call already running finishes on the set it started
+ * with. Mainly for testing and measuring; the default, every set, is the fastest. */
+DISPCONV_API uint32_t dispconv_set_isa_mask(uint32_t mask);
+
+/* ------------------------------------------------------------------------------------------ */
 /* Footprints                                                                                  */
 /* ------------------------------------------------------------------------------------------ */
 

@@ -58,6 +58,24 @@ struct Result {
     explicit operator bool() const noexcept { return status == Status::ok; }
 };
 
+// Names of the instruction sets (the DISPCONV_ISA_ bits, 0 for the portable kernels), for a
+// command line or a log.
+struct IsaName {
+    const char* name;
+    std::uint32_t bit;
+};
+inline constexpr IsaName isa_names[] = {{"portable", 0},
+                                        {"sse2", DISPCONV_ISA_SSE2},
+                                        {"avx2", DISPCONV_ISA_AVX2},
+                                        {"avx512", DISPCONV_ISA_AVX512},
+                                        {"neon", DISPCONV_ISA_NEON}};
+
+inline const char* isa_name(std::uint32_t bit) noexcept {
+    for (const IsaName& n : isa_names)
+        if (n.bit == bit) return n.name;
+    return "unknown";
+}
+
 // The argument or record field a buffer was given as.
 inline const char* buffer_name(dispconv_buffer b) noexcept {
     static const char* const names[] = {"src_y",  "src_u",       "src_v", "dst",   "mask",

@@ -1,4 +1,5 @@
-// Chooses the kernel table once, from the CPU's features.
+// Chooses the kernel table: the fastest set this CPU runs, on first use, or the best one within
+// the mask a caller sets.
 #include <atomic>
 
 #include "core/kernel_table.hpp"
@@ -10,8 +11,9 @@ namespace dispconv {
     const StretchKernels* stretch_kernels_##isa(); \
     const SubpictureKernels* subpicture_kernels_##isa(); \
     const MixKernels* mix_kernels_##isa();
-#define DISPCONV_ISA_TABLE(isa) \
-    KernelTable{load_kernels_##isa(), stretch_kernels_##isa(), subpicture_kernels_##isa(), mix_kernels_##isa()}
+#define DISPCONV_ISA_TABLE(isa)                                                                 \
+    KernelTable{Isa::isa, load_kernels_##isa(), stretch_kernels_##isa(), subpicture_kernels_##isa(), \
+                mix_kernels_##isa()}
 
 DISPCONV_DECLARE_ISA_TABLES(portable)
 #if defined(DISPCONV_HAVE_SSE2)
@@ -19,6 +21,12 @@ DISPCONV_DECLARE_ISA_TABLES(sse2)
 #endif
 #if defined(DISPCONV_HAVE_AVX2)
 DISPCONV_DECLARE_ISA_TABLES(avx2)
+#endif
+#if defined(DISPCONV_HAVE_AVX512)
+DISPCONV_DECLARE_ISA_TABLES(avx512)
+#endif
+#if defined(DISPCONV_HAVE_NEON)
+DISPCONV_DECLARE_ISA_TABLES(neon)
 #endif
 
 namespace {
@@ -40,6 +48,12 @@ bool cpu_supports(Isa isa) {
             return __builtin_cpu_supports("sse2");
         case Isa::avx2:
             return __builtin_cpu_supports("avx2");
+        case Isa::avx512:
+            return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl");
+#endif
+#if defined(__aarch64__)
+        case Isa::neon:
+            return true;  // part of every aarch64 processor
 #endif
         default:
             return false;
@@ -49,26 +63,43 @@ bool cpu_supports(Isa isa) {
 // Built on first use rather than as globals, so that a kernel called during static
 // initialisation (before this file's globals would be set up) still finds its table.
 const KernelTable* built_table(Isa isa) {
+#define DISPCONV_TABLE_CASE(isa)                              \
+    case Isa::isa: {                                          \
+        static const KernelTable table = DISPCONV_ISA_TABLE(isa); \
+        return &table;                                        \
+    }
     switch (isa) {
-        case Isa::portable: {
-            static const KernelTable table = DISPCONV_ISA_TABLE(portable);
-            return &table;
-        }
+        DISPCONV_TABLE_CASE(portable)
 #if defined(DISPCONV_HAVE_SSE2)
-        case Isa::sse2: {
-            static const KernelTable table = DISPCONV_ISA_TABLE(sse2);
-            return &table;
-        }
+        DISPCONV_TABLE_CASE(sse2)
 #endif
 #if defined(DISPCONV_HAVE_AVX2)
-        case Isa::avx2: {
-            static const KernelTable table = DISPCONV_ISA_TABLE(avx2);
-            return &table;
-        }
+        DISPCONV_TABLE_CASE(avx2)
+#endif
+#if defined(DISPCONV_HAVE_AVX512)
+        DISPCONV_TABLE_CASE(avx512)
+#endif
+#if defined(DISPCONV_HAVE_NEON)
+        DISPCONV_TABLE_CASE(neon)
 #endif
         default:
             return nullptr;
     }
+#undef DISPCONV_TABLE_CASE
+}
+
+// The table the exported kernels use; null until the first call or dispconv_set_isa_mask.
+// Constant-initialised, so usable during static initialisation.
+std::atomic<const KernelTable*> current_table{nullptr};
+
+// The best table built and supported here among the sets in mask (portable always qualifies).
+const KernelTable* best_table(uint32_t mask) {
+    for (int i = isa_count - 1; i > 0; --i) {
+        const Isa isa = static_cast<Isa>(i);
+        if (mask & isa_bit(isa))
+            if (const KernelTable* table = kernel_table(isa)) return table;
+    }
+    return kernel_table(Isa::portable);
 }
 
 }  // namespace
@@ -81,6 +112,10 @@ const char* isa_name(Isa isa) {
             return "sse2";
         case Isa::avx2:
             return "avx2";
+        case Isa::avx512:
+            return "avx512";
+        case Isa::neon:
+            return "neon";
     }
     return "unknown";
 }
@@ -90,36 +125,27 @@ const KernelTable* kernel_table(Isa isa) {
     return table && cpu_supports(isa) ? table : nullptr;
 }
 
-namespace {
-// Set only by the test suite, to run every test on one instruction set's kernels.
-std::atomic<int> forced_isa{-1};
-}  // namespace
-
-void force_isa_for_testing(Isa isa) {
-    if (kernel_table(isa)) forced_isa.store(static_cast<int>(isa), std::memory_order_relaxed);
-}
-
-namespace {
-// The fastest instruction set this CPU supports, chosen once.
-Isa best_isa() {
-    static const Isa best = [] {
-        for (int i = isa_count - 1; i > 0; --i)
-            if (kernel_table(static_cast<Isa>(i))) return static_cast<Isa>(i);
-        return Isa::portable;
-    }();
-    return best;
-}
-}  // namespace
-
-Isa active_isa() {
-    const int forced = forced_isa.load(std::memory_order_relaxed);
-    return forced >= 0 ? static_cast<Isa>(forced) : best_isa();
-}
-
 const KernelTable& active_kernels() {
-    static const KernelTable* const best = kernel_table(best_isa());
-    const int forced = forced_isa.load(std::memory_order_relaxed);
-    return forced >= 0 ? *kernel_table(static_cast<Isa>(forced)) : *best;
+    const KernelTable* table = current_table.load(std::memory_order_acquire);
+    if (table) return *table;
+    // First use: the default, every set. A concurrent dispconv_set_isa_mask wins.
+    const KernelTable* best = best_table(~0u);
+    return current_table.compare_exchange_strong(table, best, std::memory_order_acq_rel) ? *best : *table;
 }
 
 }  // namespace dispconv
+
+extern "C" uint32_t dispconv_isa_available(void) {
+    uint32_t bits = 0;
+    for (int i = 1; i < dispconv::isa_count; ++i) {
+        const auto isa = static_cast<dispconv::Isa>(i);
+        if (dispconv::kernel_table(isa)) bits |= dispconv::isa_bit(isa);
+    }
+    return bits;
+}
+
+extern "C" uint32_t dispconv_set_isa_mask(uint32_t mask) {
+    const dispconv::KernelTable* table = dispconv::best_table(mask);
+    dispconv::current_table.store(table, std::memory_order_release);
+    return dispconv::isa_bit(table->isa);
+}

@@ -14,21 +14,21 @@
 #define DISPCONV_ISA_FUNCTION(family) DISPCONV_JOIN(family, DISPCONV_ISA)
 
 // The unit's arithmetic vocabulary, chosen by the instruction set it is compiled for.
-#if defined(DISPCONV_ISA_PORTABLE)
+#if defined(DISPCONV_UNIT_PORTABLE)
 #include "simd/portable.hpp"
 namespace dispconv {
 namespace {
 using Vocab = simd::Portable;
 }  // namespace
 }  // namespace dispconv
-#elif defined(DISPCONV_ISA_SSE2)
+#elif defined(DISPCONV_UNIT_SSE2)
 #include "simd/x86/sse2.hpp"
 namespace dispconv {
 namespace {
 using Vocab = simd::Sse2;
 }  // namespace
 }  // namespace dispconv
-#elif defined(DISPCONV_ISA_AVX2)
+#elif defined(DISPCONV_UNIT_AVX2)
 #include "simd/x86/avx2.hpp"
 namespace dispconv {
 namespace {

@@ -12,9 +12,13 @@
 namespace dispconv {
 
 // Instruction sets in order of preference; `portable` is the reference and always present.
-enum class Isa : int { portable = 0, sse2 = 1, avx2 = 2 };
-inline constexpr int isa_count = 3;
+enum class Isa : int { portable = 0, sse2 = 1, avx2 = 2, avx512 = 3, neon = 4 };
+inline constexpr int isa_count = 5;
 const char* isa_name(Isa isa);
+// The set's DISPCONV_ISA_ bit (0 for portable): the enumerators follow the bits' order.
+constexpr uint32_t isa_bit(Isa isa) { return isa == Isa::portable ? 0u : 1u << (static_cast<int>(isa) - 1); }
+static_assert(isa_bit(Isa::sse2) == DISPCONV_ISA_SSE2 && isa_bit(Isa::avx2) == DISPCONV_ISA_AVX2 &&
+              isa_bit(Isa::avx512) == DISPCONV_ISA_AVX512 && isa_bit(Isa::neon) == DISPCONV_ISA_NEON);
 
 #define DISPCONV_KERNEL(name, params, args) void(*name) params;
 struct LoadKernels {
@@ -32,6 +36,7 @@ struct MixKernels {
 #undef DISPCONV_KERNEL
 
 struct KernelTable {
+    Isa isa;
     const LoadKernels* load;
     const StretchKernels* stretch;
     const SubpictureKernels* subpicture;
@@ -40,10 +45,8 @@ struct KernelTable {
 
 // The table of one instruction set, or null when it was not built or this CPU lacks it.
 const KernelTable* kernel_table(Isa isa);
-// The fastest table this CPU supports, chosen once, thread-safely, on first use.
+// The table the exported kernels use now: the fastest this CPU supports, chosen on first use,
+// or the one dispconv_set_isa_mask chose.
 const KernelTable& active_kernels();
-Isa active_isa();
-// Tests only: route the exported kernels through another built, supported instruction set.
-void force_isa_for_testing(Isa isa);
 
 }  // namespace dispconv

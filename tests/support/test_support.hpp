@@ -15,6 +15,9 @@ namespace dispconv::test {
 
 inline constexpr uint8_t canary = 0xAA;
 
+// The instruction-set mask the suite runs under (main's --isa); tests that change it restore it.
+inline uint32_t suite_isa_mask = ~0u;
+
 using FrameKernel = void(*) DISPCONV_FRAME_SIGNATURE;
 using MixKernel = void (*)(MIX_INFO*);
 
