@@ -6,7 +6,7 @@
 #include <csignal>
 #include <cstring>
 
-#include "dispconv.h"
+#include "dispconv.hpp"
 
 #include "png_io.hpp"
 #include "tool_support.hpp"
@@ -136,9 +136,12 @@ TEST(Program, BadInputGivesOneLineAndLeavesNothingBehind) {
     struct Case {
         std::string args;
         int status;
-        const char* reason;
+        std::string reason;
     };
     const std::string d = scratch.path.string() + "/";
+    std::string missing_isa;  // a set this library or CPU lacks: there is always one
+    for (const IsaName& n : isa_names)
+        if (n.bit && !(dispconv_isa_available() & n.bit)) missing_isa = n.name;
     const Case cases[] = {
         {"'" + d + "missing.y4m'", 1, "cannot read"},
         {"'" + d + "text.y4m'", 1, "not a YUV4MPEG2 file"},
@@ -148,6 +151,8 @@ TEST(Program, BadInputGivesOneLineAndLeavesNothingBehind) {
         {"--subpicture '" + d + "none.png' '" + d + "good.y4m'", 1, "cannot read"},
         {"--subpicture '" + d + "huge.png' '" + d + "good.y4m'", 1, "unsupported size 16384x16384"},
         {"--frobnicate", 2, "unknown option '--frobnicate'"},
+        {"--isa mmx", 2, "unknown instruction set 'mmx' for --isa"},
+        {"--isa " + missing_isa, 2, "--isa " + missing_isa + " is not available here"},
         {"-f rgb32 -o '" + d + "out/x.y4m'", 2, "needs a yuy2 or yv12 surface"},
         {"-f rgb565 -o -", 2, "-o - writes YUV4MPEG2, which needs a yuy2 or yv12 surface"},
         {"-f yv12 '" + d + "good422.y4m'", 2, "-f yv12 needs a 4:2:0 input"},
@@ -197,6 +202,21 @@ TEST(Program, StretchesAndSubPicturesWriteTheirPictureSize) {
         EXPECT_EQ(picture.width, c.width);
         EXPECT_EQ(picture.height, c.height);
         std::filesystem::remove_all(out);
+    }
+}
+
+// Every instruction set the CPU runs gives the same pictures, and the summary names the one used.
+TEST(Program, IsaOptionChoosesTheKernels) {
+    ScratchDir scratch;
+    std::string first;
+    for (const IsaName& n : isa_names) {
+        if (n.bit && !(dispconv_isa_available() & n.bit)) continue;
+        SCOPED_TRACE(n.name);
+        const Result r = run_program(std::string("-n 2 --size 70x30 -f yuy2 -s edge --no-subpicture -o - --isa ") + n.name, scratch);
+        ASSERT_EQ(r.status, 0) << r.err;
+        EXPECT_NE(r.err.find(std::string("; ") + n.name + " kernels strech_opt_yuy2_ajust:"), std::string::npos) << r.err;
+        if (first.empty()) first = r.out;
+        EXPECT_EQ(r.out, first);
     }
 }
 

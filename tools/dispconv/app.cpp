@@ -133,7 +133,7 @@ Placement place_subpicture(const Options& options, const RgbaPicture& art, const
     return at;
 }
 
-int run(const Options& options) {
+int run(const Options& options, const char* isa) {
     auto note = [&options](const std::string& text) {
         if (!options.quiet && !text.empty()) std::fprintf(stderr, "dispconv: note: %s\n", text.c_str());
     };
@@ -218,14 +218,14 @@ int run(const Options& options) {
     if (!options.quiet) {
         const double seconds = std::chrono::duration<double>(kernel_time).count();
         std::fprintf(stderr,
-                     "dispconv: wrote %s (%dx%d %s, stretch %s%s%s)%s; kernels %s: %d frames in %.2f ms, %.0f frames/s\n",
+                     "dispconv: wrote %s (%dx%d %s, stretch %s%s%s)%s; %s kernels %s: %d frames in %.2f ms, %.0f frames/s\n",
                      sink.describe().c_str(), pipeline.output_width(), pipeline.output_height(),
                      format_info(options.format).name, stretch_name(options.stretch),
                      field >= 0 ? (field ? ", bottom field" : ", top field") : "", sub ? ", sub-picture" : "",
                      sink.removed_earlier() > 0
                          ? (", removed " + std::to_string(sink.removed_earlier()) + " left from an earlier run").c_str()
                          : "",
-                     pipeline.kernels().c_str(), done, seconds * 1e3, seconds > 0 ? done / seconds : 0.0);
+                     isa, pipeline.kernels().c_str(), done, seconds * 1e3, seconds > 0 ? done / seconds : 0.0);
     }
     return 0;
 }
@@ -250,7 +250,7 @@ int run_tool(int argc, char** argv) {
     }
     install_signal_handlers();
     try {
-        return run(options);
+        return run(options, choose_isa(options));
     } catch (const Interrupted& e) {
         std::fprintf(stderr, "dispconv: interrupted by %s; %s\n", e.signal == SIGINT ? "SIGINT" : "SIGTERM",
                      e.cleanup.c_str());

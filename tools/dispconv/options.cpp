@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "dispconv.hpp"
 #include "y4m.hpp"
 
 namespace dispconv::tool {
@@ -58,6 +59,15 @@ Stretch parse_stretch(const std::string& name) {
     throw UsageError("unknown stretch '" + name + "' (choose none, 1x2, 1x2-filter, 2x2 or edge)");
 }
 
+long parse_isa(const std::string& name) {
+    std::string names;
+    for (const IsaName& n : isa_names) {
+        if (name == n.name) return n.bit;
+        names += (names.empty() ? "" : ", ") + std::string(n.name);
+    }
+    throw UsageError("unknown instruction set '" + name + "' for --isa (choose " + names + ")");
+}
+
 int clamp_gain(double factor) { return static_cast<int>(std::lround(64 * factor)); }
 
 }  // namespace
@@ -99,6 +109,8 @@ const char* usage_text() {
            "      --saturation X     chroma factor, 0 to 4 (default 1)\n"
            "  -n, --frames N         process at most N frames (built-in clip: default 24)\n"
            "      --size WxH         size of the built-in clip (default 640x360)\n"
+           "      --isa SET          run the kernels on one instruction set: portable, sse2,\n"
+           "                         avx2, avx512 or neon (default: the best this CPU runs)\n"
            "  -q, --quiet            no progress bar, notes or summary\n"
            "  -h, --help             this text\n"
            "      --version          the version\n"
@@ -111,7 +123,7 @@ const char* usage_text() {
 Options parse_options(int argc, char** argv) {
     enum {
         opt_subpicture = 256, opt_subpicture_at, opt_no_subpicture, opt_contrast, opt_brightness, opt_saturation,
-        opt_size, opt_version, opt_force
+        opt_size, opt_version, opt_force, opt_isa
     };
     static const option long_options[] = {
         {"output", required_argument, nullptr, 'o'},
@@ -127,6 +139,7 @@ Options parse_options(int argc, char** argv) {
         {"saturation", required_argument, nullptr, opt_saturation},
         {"frames", required_argument, nullptr, 'n'},
         {"size", required_argument, nullptr, opt_size},
+        {"isa", required_argument, nullptr, opt_isa},
         {"quiet", no_argument, nullptr, 'q'},
         {"help", no_argument, nullptr, 'h'},
         {"version", no_argument, nullptr, opt_version},
@@ -161,6 +174,7 @@ Options parse_options(int argc, char** argv) {
             case opt_saturation: options.saturation = parse_number(optarg, "saturation", 0, 4); break;
             case 'n': options.frames = parse_count(optarg, "frames", 1, 1000000); break;
             case opt_size: parse_size(optarg, options); break;
+            case opt_isa: options.isa = parse_isa(optarg); break;
             case 'q': options.quiet = true; break;
             case 'h': options.help = true; break;
             case opt_version: options.version = true; break;
@@ -176,6 +190,18 @@ Options parse_options(int argc, char** argv) {
         throw UsageError("--subpicture-at needs --subpicture");
     if (options.output.empty()) throw UsageError("--output needs a path, or - for standard output");
     return options;
+}
+
+const char* choose_isa(const Options& options) {
+    if (options.isa < 0) return isa_name(dispconv_set_isa_mask(~0u));
+    const auto bit = static_cast<uint32_t>(options.isa);
+    if (bit != 0 && !(dispconv_isa_available() & bit)) {
+        std::string available = "portable";
+        for (const IsaName& n : isa_names)
+            if (n.bit & dispconv_isa_available()) available += std::string(", ") + n.name;
+        throw UsageError(std::string("--isa ") + isa_name(bit) + " is not available here (available: " + available + ")");
+    }
+    return isa_name(dispconv_set_isa_mask(bit));
 }
 
 ajust_contrast_info adjust_settings(double contrast, double brightness, double saturation, bool chroma_follows_luma) {

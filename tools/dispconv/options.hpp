@@ -28,11 +28,15 @@ struct Options {
     double contrast = 1.0, brightness = 0.0, saturation = 1.0;
     int frames = -1;                     // at most this many (-1: all, or the clip's length)
     int clip_width = 640, clip_height = 360;
+    long isa = -1;                       // a DISPCONV_ISA_ bit, 0 for portable; -1: the best
     bool quiet = false;
     bool help = false, version = false;
 };
 
 Options parse_options(int argc, char** argv);  // throws UsageError
+// Chooses the instruction set the kernels run on, if the options name one; throws UsageError
+// for one this library or CPU lacks. Returns the name of the set in use.
+const char* choose_isa(const Options& options);
 const char* usage_text();
 
 // Contrast and saturation are factors (1 unchanged, 0 to 4), brightness is added to luma in
