@@ -237,6 +237,7 @@ TEST(Program, NotesSayWhatTheRunLeavesOut) {
     write_file(scratch / "bottom.y4m", y4m_header(64, 32, "420", " Ib") + frame);
     write_file(scratch / "full.y4m", y4m_header(64, 32, "420", " XCOLORRANGE=FULL") + frame);
     write_file(scratch / "plain.y4m", y4m_header(64, 32, "420") + frame);
+    write_file(scratch / "422.y4m", y4m_header(64, 32, "422") + y4m_frame(test_picture(64, 32, Chroma::c422, 0)));
     write_rgba_png(scratch / "bar.png");  // 40x12
     struct Case {
         std::string args;
@@ -247,6 +248,8 @@ TEST(Program, NotesSayWhatTheRunLeavesOut) {
         {"-q '" + (scratch / "bottom.y4m") + "'", nullptr},
         {"--interlaced -s 1x2 '" + (scratch / "bottom.y4m") + "'", nullptr},
         {"'" + (scratch / "full.y4m") + "'", "is full range (XCOLORRANGE=FULL), but the kernels assume video range"},
+        {"--no-subpicture '" + (scratch / "422.y4m") + "'", "is 4:2:2, and the kernels give each odd row the chroma"},
+        {"--no-subpicture -s 2x2 '" + (scratch / "422.y4m") + "'", nullptr},
         {"--size 32x16 --subpicture '" + (scratch / "bar.png") + "'", "larger than the 32x16 frame: its middle 32x12"},
         {"--subpicture-at 20,10 --subpicture '" + (scratch / "bar.png") + "' '" + (scratch / "plain.y4m") + "'", nullptr},
         {"--subpicture-at 30,10 --subpicture '" + (scratch / "bar.png") + "' '" + (scratch / "bottom.y4m") + "' -i",

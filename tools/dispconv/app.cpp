@@ -151,6 +151,9 @@ int run(const Options& options, const char* isa) {
     if (field < 0 && interlace != 'p')
         note(input.name + " is interlaced (" + describe_interlace(interlace) +
              ") and shown as whole frames; --interlaced shows one field at a time");
+    if (input.header.chroma == Chroma::c422 && options.stretch != Stretch::double_size)
+        note(input.name + " is 4:2:2, and the kernels give each odd row the chroma of the row above: "
+             "the colour of odd rows is not shown");
     if (input.header.full_range)
         note(input.name + " is full range (XCOLORRANGE=FULL), but the kernels assume video range (16-235): "
              "its darkest and lightest shades will clip");
