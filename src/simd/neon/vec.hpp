@@ -45,6 +45,14 @@ struct Vec<16> {
     static Vec load_half(const void* p) { return {vcombine_u8(vld1_u8(static_cast<const uint8_t*>(p)), vdup_n_u8(0))}; }
     template <int G>
     static Vec load_half_dealt(const void* p) { return load_half(p); }
+    // The 8 bytes at p as words, each repeated for both pixels of its pair: lo pixels 0..7.
+    template <int G>
+    static void load_pixel_chroma(const void* p, Vec& lo, Vec& hi) {
+        static constexpr uint8_t first[16] = {0, 255, 0, 255, 1, 255, 1, 255, 2, 255, 2, 255, 3, 255, 3, 255};
+        static constexpr uint8_t second[16] = {4, 255, 4, 255, 5, 255, 5, 255, 6, 255, 6, 255, 7, 255, 7, 255};
+        const uint8x16_t c = load_half(p).r;
+        lo = {vqtbl1q_u8(c, vld1q_u8(first))}, hi = {vqtbl1q_u8(c, vld1q_u8(second))};
+    }
 };
 using V16 = Vec<16>;
 

@@ -11,34 +11,49 @@
 namespace dispconv::simd {
 namespace {
 
-// Chroma bytes (low halves, as load_half_dealt gives them) as words repeated for each pixel of
-// their pair, adjusted and clamped when Adjust says so: lo for each lane's first 8 pixels.
+// Words holding bytes, adjusted and clamped as the narrowing to bytes would when Adjust says so.
 template <class Adjust, class V>
-DISPCONV_VECTOR_INLINE void pixel_chroma(V c, V gain, V offset, V& lo, V& hi) {
-    const V z = V::zero(), pairs = unpacklo_u8(c, c);
-    lo = unpacklo_u8(pairs, z), hi = unpackhi_u8(pairs, z);
-    if constexpr (Adjust::enabled) lo = clamp_words(adjust_words(lo, gain, offset)), hi = clamp_words(adjust_words(hi, gain, offset));
+DISPCONV_VECTOR_INLINE V adjusted_words(V w, V gain, V offset) {
+    if constexpr (Adjust::enabled) return clamp_words(adjust_words(w, gain, offset));
+    else return w;
 }
+
+// Chroma terms from U and V words per pixel (lo: each lane's first 8), adjusted first when
+// Adjust says so.
+template <class Adjust, class V>
+DISPCONV_VECTOR_INLINE ChromaVec<V> pixel_chroma_terms(V u_lo, V u_hi, V v_lo, V v_hi, const AdjustVec<V>& l) {
+    return pixel_chroma_words(adjusted_words<Adjust>(u_lo, l.chroma_gain, l.u_offset),
+                              adjusted_words<Adjust>(u_hi, l.chroma_gain, l.u_offset),
+                              adjusted_words<Adjust>(v_lo, l.chroma_gain, l.v_offset),
+                              adjusted_words<Adjust>(v_hi, l.chroma_gain, l.v_offset));
+}
+
 // One vector of pixels placed by deal<pixel_group<Format>>, lumas as words, converted and
 // stored: the luma half of every RGB-writing row operation.
 template <class Format, class Adjust, class V>
 DISPCONV_VECTOR_INLINE void store_luma_words(uint8_t* d, V y_lo, V y_hi, const ChromaVec<V>& c, const AdjustVec<V>& l,
                       const Rgb16Vec<V>& layout) {
-    if constexpr (Adjust::enabled) {
-        y_lo = clamp_words(adjust_words(y_lo, l.luma_gain, l.luma_offset));
-        y_hi = clamp_words(adjust_words(y_hi, l.luma_gain, l.luma_offset));
-    }
-    store_rgb<Format>(d, luma_words_to_rgb(y_lo, y_hi, c), layout);
+    store_rgb<Format>(d, luma_words_to_rgb(adjusted_words<Adjust>(y_lo, l.luma_gain, l.luma_offset),
+                                           adjusted_words<Adjust>(y_hi, l.luma_gain, l.luma_offset), c),
+                      layout);
 }
 
-// The chroma terms of one vector of planar pixels placed by deal<pixel_group<Format>>.
+// The chroma terms of one vector of planar pixels placed by deal<pixel_group<Format>>. With
+// byte shuffles the chroma comes as words per pixel; without (plain SSE2) the terms are worked
+// out per chroma sample and repeated, which takes half the multiplies.
 template <class Format, class Adjust, class V>
 DISPCONV_VECTOR_INLINE ChromaVec<V> planar_chroma_terms(const uint8_t* u, const uint8_t* v, const AdjustVec<V>& l) {
     constexpr int g = pixel_group<Format>;
-    V u_lo, u_hi, v_lo, v_hi;
-    pixel_chroma<Adjust>(V::template load_half_dealt<g>(u), l.chroma_gain, l.u_offset, u_lo, u_hi);
-    pixel_chroma<Adjust>(V::template load_half_dealt<g>(v), l.chroma_gain, l.v_offset, v_lo, v_hi);
-    return pixel_chroma_words(u_lo, u_hi, v_lo, v_hi);
+    if constexpr (has_byte_shuffle) {
+        V u_lo, u_hi, v_lo, v_hi;
+        V::template load_pixel_chroma<g>(u, u_lo, u_hi);
+        V::template load_pixel_chroma<g>(v, v_lo, v_hi);
+        return pixel_chroma_terms<Adjust>(u_lo, u_hi, v_lo, v_hi, l);
+    } else {
+        V uu = V::template load_half_dealt<g>(u), vv = V::template load_half_dealt<g>(v);
+        if constexpr (Adjust::enabled) uu = adjust_bytes(uu, l.chroma_gain, l.u_offset), vv = adjust_bytes(vv, l.chroma_gain, l.v_offset);
+        return chroma_words(uu, vv);
+    }
 }
 
 // One vector of planar lumas converted with the chroma terms and stored.
@@ -54,20 +69,20 @@ struct VectorCore : PortableCore {
     static void adjust(const uint8_t* src, uint8_t* dst, int n, int16_t gain, int16_t offset) {
         for_bytes<V>(
             n,
-            [&]<class W>(int i) { W::store(dst + i, adjust_bytes(W::load(src + i), W::set1_i16(gain), W::set1_i16(offset))); },
+            [=]<class W>(int i) { W::store(dst + i, adjust_bytes(W::load(src + i), W::set1_i16(gain), W::set1_i16(offset))); },
             [&](int i) { PortableCore::adjust(src + i, dst + i, n - i, gain, offset); });
     }
 
     static void average(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n) {
         for_bytes<V>(
-            n, [&]<class W>(int i) { W::store(dst + i, average_u8(W::load(a + i), W::load(b + i))); },
+            n, [=]<class W>(int i) { W::store(dst + i, average_u8(W::load(a + i), W::load(b + i))); },
             [&](int i) { PortableCore::average(a + i, b + i, dst + i, n - i); });
     }
 
     static void split_yuy2(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int pixels) {
         for_bytes<V>(
             pixels,
-            [&]<class W>(int p) {
+            [=]<class W>(int p) {
                 W first, second;
                 deal_pair<32>(W::load(src + 2 * p), W::load(src + 2 * p + W::bytes), first, second);
                 const Yuy2Planes<W> s = simd::split_yuy2(first, second);
@@ -79,7 +94,7 @@ struct VectorCore : PortableCore {
     static void join_yuy2(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst, int pixels) {
         for_bytes<V>(
             pixels,
-            [&]<class W>(int p) {
+            [=]<class W>(int p) {
                 W first, second;
                 simd::join_yuy2(W::load(y + p), W::load_half(u + p / 2), W::load_half(v + p / 2), first, second);
                 store_block_pairs(dst + 2 * p, first, second);
@@ -93,7 +108,7 @@ struct VectorCore : PortableCore {
         constexpr int bpp = Format::bytes_per_pixel;
         for_bytes<V>(
             pixels,
-            [&]<class W>(int p) {
+            [=]<class W>(int p) {
                 const AdjustVec<W> none{};
                 store_planar_rgb<Format, Plain>(dst + p * bpp, y + p, planar_chroma_terms<Format, Plain>(u + p / 2, v + p / 2, none),
                                                 none, rgb16_vec<W>(layout));

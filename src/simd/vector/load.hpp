@@ -22,7 +22,7 @@ struct VectorLoad : PortableLoad {
     template <class Adjust>
     static void yuy2_row_to_yuy2(const uint8_t* luma, const uint8_t* chroma, uint8_t* d, uint32_t units,
                                  const AdjustConstants& a) {
-        for_blocks<V>(units, [&]<class W>(uint32_t i) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) {
             const W c = W::load(chroma + 16 * i), y = W::load(luma + 16 * i), m = low_bytes_mask<W>();
             if constexpr (Adjust::enabled) {
                 const AdjustVec<W> l = adjust_vec<W>(a);
@@ -42,7 +42,7 @@ struct VectorLoad : PortableLoad {
                                    uint8_t* d0, uint8_t* d1, uint32_t units, const AdjustConstants& a,
                                    const Rgb16Layout& layout) {
         constexpr ptrdiff_t step = 16 * Format::bytes_per_pixel;
-        for_blocks<V>(units, [&]<class W>(uint32_t i) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) {
             const AdjustVec<W> l = adjust_vec<W>(a);
             const Rgb16Vec<W> lanes = rgb16_vec<W>(layout);
             const ChromaVec<W> c = planar_chroma_terms<Format, Adjust, W>(u + 8 * i, v + 8 * i, l);
@@ -57,28 +57,26 @@ struct VectorLoad : PortableLoad {
                                  const AdjustConstants& a, const Rgb16Layout& layout) {
         constexpr ptrdiff_t step = 16 * Format::bytes_per_pixel;
         constexpr int g = 2 * pixel_group<Format>;  // bytes of packed pixels per dealt group
-        for_blocks<V>(units, [&]<class W>(uint32_t i) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) {
             const AdjustVec<W> l = adjust_vec<W>(a);
             const Rgb16Vec<W> lanes = rgb16_vec<W>(layout);
             const W m = low_bytes_mask<W>();
             W a0, b0, a1, b1;  // each lane's first and second 8 pixels, as (Y, chroma) words
             deal_pair<g>(W::load(s0 + 32 * i), W::load(s0 + 32 * i + W::bytes), a0, b0);
             deal_pair<g>(W::load(s1 + 32 * i), W::load(s1 + 32 * i + W::bytes), a1, b1);
-            W u, v;
+            ChromaVec<W> c;
             if constexpr (has_byte_shuffle) {
-                // U at bytes 1, 5, 9, 13 of each lane, V at 3, 7, 11, 15.
-                static constexpr LaneTable us = lane_table([](int k) { return k < 4 ? 1 + 4 * k : -1; });
-                static constexpr LaneTable vs = lane_table([](int k) { return k < 4 ? 3 + 4 * k : -1; });
-                u = unpacklo_u32(shuffle_u8(a0, W::table(us)), shuffle_u8(b0, W::table(us)));
-                v = unpacklo_u32(shuffle_u8(a0, W::table(vs)), shuffle_u8(b0, W::table(vs)));
+                // Each pixel's U (bytes 1, 5, 9, 13 of each lane) and V (3, 7, 11, 15) as words.
+                static constexpr LaneTable us = lane_table([](int k) { return k & 1 ? -1 : 1 + 4 * (k / 4); });
+                static constexpr LaneTable vs = lane_table([](int k) { return k & 1 ? -1 : 3 + 4 * (k / 4); });
+                c = pixel_chroma_terms<Adjust>(shuffle_u8(a0, W::table(us)), shuffle_u8(b0, W::table(us)),
+                                               shuffle_u8(a0, W::table(vs)), shuffle_u8(b0, W::table(vs)), l);
             } else {
-                const Yuy2Planes<W> p = split_yuy2(a0, b0);
-                u = p.u, v = p.v;
+                Yuy2Planes<W> p = split_yuy2(a0, b0);
+                if constexpr (Adjust::enabled)
+                    p.u = adjust_bytes(p.u, l.chroma_gain, l.u_offset), p.v = adjust_bytes(p.v, l.chroma_gain, l.v_offset);
+                c = chroma_words(p.u, p.v);
             }
-            W u_lo, u_hi, v_lo, v_hi;
-            pixel_chroma<Adjust>(u, l.chroma_gain, l.u_offset, u_lo, u_hi);
-            pixel_chroma<Adjust>(v, l.chroma_gain, l.v_offset, v_lo, v_hi);
-            const ChromaVec<W> c = pixel_chroma_words(u_lo, u_hi, v_lo, v_hi);
             store_luma_words<Format, Adjust>(d0 + i * step, a0 & m, b0 & m, c, l, lanes);
             store_luma_words<Format, Adjust>(d1 + i * step, a1 & m, b1 & m, c, l, lanes);
         });
@@ -88,7 +86,7 @@ struct VectorLoad : PortableLoad {
     // first 8 bytes of every unit are deliberately left unwritten.
     static void planar_pair_to_yuy2_gapped(const uint8_t* y0, const uint8_t* y1, const uint8_t* u, const uint8_t* v,
                                            uint8_t* d0, uint8_t* d1, uint32_t units) {
-        for_blocks<V>(units, [&]<class W>(uint32_t i) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) {
             const W uu = W::load_half(u + 8 * i), vv = W::load_half(v + 8 * i);
             W first, second;
             join_yuy2(W::load(y0 + 16 * i), uu, vv, first, second);
@@ -105,7 +103,7 @@ struct VectorLoad : PortableLoad {
     // One planar row to YUY2, every sample adjusted: 16 pixels a unit.
     static void planar_row_to_yuy2_adjusted(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* d,
                                             uint32_t units, const AdjustConstants& a) {
-        for_blocks<V>(units, [&]<class W>(uint32_t i) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) {
             const AdjustVec<W> l = adjust_vec<W>(a);
             W first, second;
             join_yuy2(adjust_bytes(W::load(y + 16 * i), l.luma_gain, l.luma_offset),
@@ -117,7 +115,7 @@ struct VectorLoad : PortableLoad {
 
     // One luma row to YUY2 with adjusted luma and every chroma byte 128: 16 pixels a unit.
     static void luma_row_to_grey_yuy2(const uint8_t* y, uint8_t* d, uint32_t units, const AdjustConstants& a) {
-        for_blocks<V>(units, [&]<class W>(uint32_t i) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) {
             const AdjustVec<W> l = adjust_vec<W>(a);
             const W ya = adjust_bytes(W::load(y + 16 * i), l.luma_gain, l.luma_offset), grey = W::set1_u8(128);
             store_block_pairs(d + 32 * i, unpacklo_u8(ya, grey), unpackhi_u8(ya, grey));
@@ -128,7 +126,7 @@ struct VectorLoad : PortableLoad {
     // reads 16 pixels and writes 8.
     static void planar_row_to_half_yuy2(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* d,
                                         uint32_t units, const AdjustConstants& a) {
-        for_blocks<V>(units, [&]<class W>(uint32_t i) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) {
             const AdjustVec<W> l = adjust_vec<W>(a);
             const W z = W::zero();
             const W ya = packus_i16(adjust_words(pair_averages(W::load(y + 16 * i)), l.luma_gain, l.luma_offset), z);
@@ -140,7 +138,7 @@ struct VectorLoad : PortableLoad {
 
     // Out of 2 * out_count bytes, the odd ones (adjusted) or the pair averages.
     static void keep_odd_adjusted(const uint8_t* src, uint8_t* dst, int out_count, int16_t gain, int16_t offset) {
-        from_pairs(src, dst, out_count, [&](auto x) {
+        from_pairs(src, dst, out_count, [=](auto x) {
             using W = decltype(x);
             return adjust_words(srli_i16<8>(x), W::set1_i16(gain), W::set1_i16(offset));
         }, [&](int i) { Portable::keep_odd_adjusted(src + 2 * i, dst + i, out_count - i, gain, offset); });
@@ -161,7 +159,7 @@ struct VectorLoad : PortableLoad {
     static void from_pairs(const uint8_t* src, uint8_t* dst, int out_count, Words words, Rest rest) {
         for_bytes<V>(
             out_count,
-            [&]<class W>(int i) {
+            [=]<class W>(int i) {
                 W::store(dst + i, undeal<8>(packus_i16(words(W::load(src + 2 * i)), words(W::load(src + 2 * i + W::bytes)))));
             },
             [&](int i) {

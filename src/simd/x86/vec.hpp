@@ -43,6 +43,13 @@ constexpr LaneTable lane_table(F byte_at) {
     return t;
 }
 
+// Which of the W / 2 chroma bytes pixel word w (0..7) of half `half` of lane `lane` takes when
+// W lumas are placed as deal<G> places them (lanes: W / 16).
+constexpr int pixel_chroma_index(int G, int lanes, int lane, int half, int w) {
+    const int q = 8 * half + w;
+    return ((q / G * lanes + lane) * G + q % G) / 2;
+}
+
 #define DISPCONV_X86_VEC(W, T, P, SI)                                                                   \
     template <>                                                                                         \
     struct Vec<W> {                                                                                     \
@@ -64,6 +71,10 @@ constexpr LaneTable lane_table(F byte_at) {
         /* The half-width run dealt as the full vector it goes with would be by deal<G>. */            \
         template <int G>                                                                                \
         static Vec load_half_dealt(const void* p);                                                      \
+        /* The W / 2 bytes at p (chroma beside W lumas) as words, each repeated for both pixels of */   \
+        /* its pair, the pixels placed as deal<G> places lumas: lo each lane's first 8, hi the rest. */ \
+        template <int G>                                                                                \
+        static void load_pixel_chroma(const void* p, Vec& lo, Vec& hi);                                 \
     };                                                                                                  \
     inline Vec<W> operator&(Vec<W> a, Vec<W> b) { return {P##and_##SI(a.r, b.r)}; }                    \
     inline Vec<W> operator|(Vec<W> a, Vec<W> b) { return {P##or_##SI(a.r, b.r)}; }                     \
@@ -197,6 +208,18 @@ template <int G>
 inline Vec<16> deal(Vec<16> v) { return v; }
 template <int G>
 inline Vec<16> Vec<16>::load_half_dealt(const void* p) { return load_half(p); }
+template <int G>
+inline void Vec<16>::load_pixel_chroma(const void* p, Vec<16>& lo, Vec<16>& hi) {
+    const Vec<16> c = load_half(p);
+#if defined(__SSSE3__)
+    static constexpr LaneTable first = lane_table([](int i) { return i & 1 ? -1 : pixel_chroma_index(G, 1, 0, 0, i / 2); });
+    static constexpr LaneTable second = lane_table([](int i) { return i & 1 ? -1 : pixel_chroma_index(G, 1, 0, 1, i / 2); });
+    lo = {_mm_shuffle_epi8(c.r, table(first).r)}, hi = {_mm_shuffle_epi8(c.r, table(second).r)};
+#else
+    const __m128i pairs = _mm_unpacklo_epi8(c.r, c.r);
+    lo = {_mm_unpacklo_epi8(pairs, _mm_setzero_si128())}, hi = {_mm_unpackhi_epi8(pairs, _mm_setzero_si128())};
+#endif
+}
 // Two vectors whose lane k holds the two 16-byte halves of block k, stored as consecutive
 // blocks of 32 bytes.
 inline void store_block_pairs(uint8_t* d, Vec<16> first, Vec<16> second) {
@@ -229,6 +252,22 @@ inline Vec<32> Vec<32>::table(const LaneTable& t) {
 }
 inline Vec<32> Vec<32>::load_half(const void* p) {
     return {_mm256_permute4x64_epi64(_mm256_castsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(p))), 0x50)};
+}
+template <int G>
+inline void Vec<32>::load_pixel_chroma(const void* p, Vec<32>& lo, Vec<32>& hi) {
+    // The 16 bytes in both lanes; each lane's table picks its pixels' bytes.
+    struct Table {
+        alignas(32) int8_t bytes[32];
+    };
+    auto make = [](int half) {
+        Table t{};
+        for (int i = 0; i < 32; ++i) t.bytes[i] = static_cast<int8_t>(i & 1 ? -1 : pixel_chroma_index(G, 2, i / 16, half, i % 16 / 2));
+        return t;
+    };
+    static constexpr Table first = make(0), second = make(1);
+    const __m256i c = _mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(p)));
+    lo = {_mm256_shuffle_epi8(c, _mm256_load_si256(reinterpret_cast<const __m256i*>(first.bytes)))};
+    hi = {_mm256_shuffle_epi8(c, _mm256_load_si256(reinterpret_cast<const __m256i*>(second.bytes)))};
 }
 inline Vec<32> blend_u8(Vec<32> a, Vec<32> b, Vec<32> mask) { return {_mm256_blendv_epi8(a.r, b.r, mask.r)}; }
 inline Vec<32> shuffle_u8(Vec<32> a, Vec<32> control) { return {_mm256_shuffle_epi8(a.r, control.r)}; }
@@ -302,6 +341,22 @@ inline Vec<64> Vec<64>::load_half_dealt(const void* p) {
         return {_mm512_permutexvar_epi32(_mm512_setr_epi32(0, 4, 0, 0, 1, 5, 0, 0, 2, 6, 0, 0, 3, 7, 0, 0), c)};
     else
         return load_half(p);
+}
+template <int G>
+inline void Vec<64>::load_pixel_chroma(const void* p, Vec<64>& lo, Vec<64>& hi) {
+    // The 32 bytes as words, then one word permute per half.
+    struct Index {
+        alignas(64) int16_t words[32];
+    };
+    auto make = [](int half) {
+        Index t{};
+        for (int k = 0; k < 32; ++k) t.words[k] = static_cast<int16_t>(pixel_chroma_index(G, 4, k / 8, half, k % 8));
+        return t;
+    };
+    static constexpr Index first = make(0), second = make(1);
+    const __m512i words = _mm512_cvtepu8_epi16(_mm256_loadu_si256(static_cast<const __m256i*>(p)));
+    lo = {_mm512_permutexvar_epi16(_mm512_load_si512(first.words), words)};
+    hi = {_mm512_permutexvar_epi16(_mm512_load_si512(second.words), words)};
 }
 inline Vec<64> blend_u8(Vec<64> a, Vec<64> b, Vec<64> mask) {
     return {_mm512_mask_blend_epi8(_mm512_movepi8_mask(mask.r), a.r, b.r)};
