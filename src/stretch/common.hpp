@@ -47,11 +47,6 @@ inline Channel luma_channel(const AdjustConstants& a) { return {a.luma_gain, a.l
 inline Channel u_channel(const AdjustConstants& a) { return {a.chroma_gain, a.u_offset}; }
 inline Channel v_channel(const AdjustConstants& a) { return {a.chroma_gain, a.v_offset}; }
 
-template <class V, class Adjust>
-void maybe_adjust(uint8_t* samples, int n, Channel c) {
-    if constexpr (Adjust::enabled) V::adjust(samples, samples, n, c.gain, c.offset);
-}
-
 // The chroma row distance of the planar stretchers: src_stride halved as an unsigned number.
 inline ptrdiff_t chroma_pitch(int32_t src_stride) {
     return ptrdiff_t(static_cast<uint32_t>(src_stride) >> 1);

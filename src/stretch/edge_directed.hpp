@@ -23,9 +23,7 @@ void stretch_row_copy(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint
     for (uint32_t i = 0; i < blocks; i += edge_chunk) {
         const int count = int(blocks - i < edge_chunk ? blocks - i : edge_chunk);
         uint8_t yb[edge_chunk * n], ub[edge_chunk * c], vb[edge_chunk * c];
-        V::adjust(y + ptrdiff_t(i) * n, yb, count * n, a.luma_gain, a.luma_offset);
-        V::adjust(u + ptrdiff_t(i) * c, ub, count * c, a.chroma_gain, a.u_offset);
-        V::adjust(v + ptrdiff_t(i) * c, vb, count * c, a.chroma_gain, a.v_offset);
+        adjust_yuv<V>(y + ptrdiff_t(i) * n, u + ptrdiff_t(i) * c, v + ptrdiff_t(i) * c, yb, ub, vb, count * n, a);
         V::join_yuy2(yb, ub, vb, dst + ptrdiff_t(i) * 2 * n, count * n);
     }
 }
@@ -53,9 +51,7 @@ void stretch_row_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, ui
         interpolated_run<V>(y + ptrdiff_t(first) * n, luma_step, luma_interp, middle, yb, ny);
         interpolated_run<V>(u + ptrdiff_t(first) * c, chroma_step, chroma_interp, middle, ub, nc);
         interpolated_run<V>(v + ptrdiff_t(first) * c, chroma_step, chroma_interp, middle, vb, nc);
-        V::adjust(yb, yb, ny, a.luma_gain, a.luma_offset);
-        V::adjust(ub, ub, nc, a.chroma_gain, a.u_offset);
-        V::adjust(vb, vb, nc, a.chroma_gain, a.v_offset);
+        adjust_yuv<V>(yb, ub, vb, yb, ub, vb, ny, a);
         V::join_yuy2(yb, ub, vb, dst + ptrdiff_t(first) * 2 * n, ny);
     };
     // First block, at least one middle block, last block.
