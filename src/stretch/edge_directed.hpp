@@ -63,22 +63,6 @@ void stretch_row_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, ui
 }
 
 template <class V>
-void stretch_row_luma_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst,
-                             int32_t width, ptrdiff_t chroma_step, const AdjustConstants& a) {
-    stretch_row_interp<V, true, false>(y, u, v, dst, width, chroma_step, a);
-}
-template <class V>
-void stretch_row_chroma_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst,
-                               int32_t width, ptrdiff_t chroma_step, const AdjustConstants& a) {
-    stretch_row_interp<V, false, true>(y, u, v, dst, width, chroma_step, a);
-}
-template <class V>
-void stretch_row_both_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst,
-                             int32_t width, ptrdiff_t chroma_step, const AdjustConstants& a) {
-    stretch_row_interp<V, true, true>(y, u, v, dst, width, chroma_step, a);
-}
-
-template <class V>
 void strech_opt_yuy2_ajust(tagVideoFrame* frame, int32_t start_line, int32_t height, uint8_t* dst,
                            int32_t dst_stride, ajust_contrast_info*) {
     if (height < 8) return;
@@ -98,24 +82,17 @@ void strech_opt_yuy2_ajust(tagVideoFrame* frame, int32_t start_line, int32_t hei
 
     using Routine = void (*)(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, int32_t,
                              ptrdiff_t, const AdjustConstants&);
-    auto emit = [&](int32_t out_row, Routine routine, int32_t luma_row, int32_t chroma_row) {
-        routine(y0 + luma_row * row_step, u0 + chroma_row * chroma_step,
-                v0 + chroma_row * chroma_step, dst + ptrdiff_t(out_row) * dst_stride, w,
+    // The double-height schedule; a row between two source rows of a plane is interpolated.
+    double_height_rows(height >> 1, [&](int32_t out_row, Taps luma, Taps chroma) {
+        const bool luma_interp = luma.count == 2, chroma_interp = chroma.count == 2;
+        const Routine routine = !luma_interp && !chroma_interp ? stretch_row_copy<V>
+                                : !chroma_interp             ? stretch_row_interp<V, true, false>
+                                : !luma_interp               ? stretch_row_interp<V, false, true>
+                                                             : stretch_row_interp<V, true, true>;
+        routine(y0 + luma.first * row_step, u0 + chroma.first * chroma_step,
+                v0 + chroma.first * chroma_step, dst + ptrdiff_t(out_row) * dst_stride, w,
                 chroma_step, a);
-    };
-    const int32_t pairs = (height >> 1) - 1;
-    int32_t m = 0;
-    for (; m < pairs; ++m) {
-        emit(4 * m, stretch_row_copy<V>, 2 * m, m);
-        emit(4 * m + 1, stretch_row_luma_interp<V>, 2 * m, m);
-        emit(4 * m + 2, stretch_row_chroma_interp<V>, 2 * m + 1, m);
-        emit(4 * m + 3, stretch_row_both_interp<V>, 2 * m + 1, m);
-    }
-    emit(4 * m, stretch_row_copy<V>, 2 * m, m);
-    emit(4 * m + 1, stretch_row_luma_interp<V>, 2 * m, m);
-    emit(4 * m + 2, stretch_row_copy<V>, 2 * m + 1, m);
-    // Deliberate: the bottom row duplicates the one above it.
-    emit(4 * m + 3, stretch_row_copy<V>, 2 * m + 1, m);
+    });
 }
 
 }  // namespace
