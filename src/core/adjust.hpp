@@ -25,4 +25,18 @@ struct Adjusted {
 // A snapshot of the current constants (all zero before the first get_contrast_data()).
 AdjustConstants load_adjust_constants();
 
+namespace {
+
+// Luma and its two half-width chroma runs adjusted on vocabulary V, each with its own channel's
+// constants; the outputs may be the inputs.
+template <class V>
+void adjust_yuv(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* y_out, uint8_t* u_out,
+                uint8_t* v_out, int pixels, const AdjustConstants& a) {
+    V::adjust(y, y_out, pixels, a.luma_gain, a.luma_offset);
+    V::adjust(u, u_out, pixels / 2, a.chroma_gain, a.u_offset);
+    V::adjust(v, v_out, pixels / 2, a.chroma_gain, a.v_offset);
+}
+
+}  // namespace
+
 }  // namespace dispconv

@@ -2,21 +2,17 @@
 #include "core/kernel_table.hpp"
 
 #define DISPCONV_KERNEL(name, params, args) \
-    extern "C" void name params { dispconv::active_kernels().load->name args; }
+    extern "C" void name params { dispconv::active_kernels().DISPCONV_FAMILY->name args; }
+#define DISPCONV_FAMILY load
 #include "load/kernels.def"
-#undef DISPCONV_KERNEL
-
-#define DISPCONV_KERNEL(name, params, args) \
-    extern "C" void name params { dispconv::active_kernels().stretch->name args; }
+#undef DISPCONV_FAMILY
+#define DISPCONV_FAMILY stretch
 #include "stretch/kernels.def"
-#undef DISPCONV_KERNEL
-
-#define DISPCONV_KERNEL(name, params, args) \
-    extern "C" void name params { dispconv::active_kernels().subpicture->name args; }
+#undef DISPCONV_FAMILY
+#define DISPCONV_FAMILY subpicture
 #include "subpicture/kernels.def"
-#undef DISPCONV_KERNEL
-
-#define DISPCONV_KERNEL(name, params, args) \
-    extern "C" void name params { dispconv::active_kernels().mix->name args; }
+#undef DISPCONV_FAMILY
+#define DISPCONV_FAMILY mix
 #include "mix/kernels.def"
+#undef DISPCONV_FAMILY
 #undef DISPCONV_KERNEL

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/rgb16.hpp"
 #include "dispconv.h"
 
 namespace dispconv {
@@ -62,6 +63,21 @@ private:
 inline bool rows_apart(int64_t distance, int64_t row_bytes) {
     return distance >= row_bytes || -distance >= row_bytes;
 }
+
+namespace {
+
+// A 16-bit destination's layout, read from `record` as the kernels read it: the call is refused
+// when the record is missing (`missing` says which) or holds no layout.
+inline dispconv_status check_rgb16_layout(FootprintBuilder& f, const ajust_contrast_info* record,
+                                          const char* missing) {
+    if (!record) return f.refuse(DISPCONV_BAD_ARGUMENT, missing);
+    Rgb16Layout layout;
+    if (!select_rgb16_layout(record->rgb16_layout, layout))
+        return f.refuse(DISPCONV_BAD_LAYOUT, "rgb16_layout must be 0 to 3");
+    return DISPCONV_OK;
+}
+
+}  // namespace
 
 // Each family's footprints; DISPCONV_BAD_ARGUMENT for a kernel of another family.
 dispconv_status load_footprint(const dispconv_call& call, FootprintBuilder& f);

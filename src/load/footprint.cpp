@@ -31,12 +31,6 @@ dispconv_status check_even_height(const dispconv_call& c, FootprintBuilder& f) {
     return f.refuse(DISPCONV_BAD_HEIGHT, "height must be a positive even number");
 }
 
-dispconv_status check_layout(const dispconv_call& c, FootprintBuilder& f) {
-    if (!c.adjust) return f.refuse(DISPCONV_BAD_ARGUMENT, "adjust must not be null: it holds rgb16_layout");
-    if (uint32_t(c.adjust->rgb16_layout) > 3) return f.refuse(DISPCONV_BAD_LAYOUT, "rgb16_layout must be 0..3");
-    return DISPCONV_OK;
-}
-
 dispconv_status check_dst_rows(const dispconv_call& c, FootprintBuilder& f, int64_t row_bytes, const char* problem) {
     return rows_apart(c.dst_stride, row_bytes) ? DISPCONV_OK : f.refuse(DISPCONV_BAD_STRIDE, problem);
 }
@@ -78,7 +72,8 @@ dispconv_status to_rgb(const dispconv_call& c, FootprintBuilder& f, int bpp, boo
     if (dispconv_status s = check_width(c, f, pixel_block)) return s;
     if (dispconv_status s = check_height(c, f)) return s;
     if (bpp == 2)
-        if (dispconv_status s = check_layout(c, f)) return s;
+        if (dispconv_status s = check_rgb16_layout(f, c.adjust, "adjust must not be null: it holds rgb16_layout"))
+            return s;
     const int64_t row_bytes = int64_t(c.width) * bpp;
     if (dispconv_status s = check_dst_rows(c, f, row_bytes, "dst_stride must be at least width * bytes per pixel"))
         return s;

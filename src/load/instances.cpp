@@ -2,15 +2,7 @@
 #include "core/isa_unit.hpp"
 #include "load/walks.hpp"
 
-namespace dispconv {
-
-const LoadKernels* DISPCONV_ISA_FUNCTION(load_kernels)() {
-    static constexpr LoadKernels table = {
-#define DISPCONV_KERNEL(name, params, args) &kernels::name<Vocab>,
-#include "load/kernels.def"
-#undef DISPCONV_KERNEL
-    };
-    return &table;
-}
-
-}  // namespace dispconv
+#define DISPCONV_FAMILY load
+#define DISPCONV_FAMILY_TABLE LoadKernels
+#define DISPCONV_FAMILY_LIST "load/kernels.def"
+#include "core/family_table.inc"

@@ -47,11 +47,8 @@ constexpr bool reads_layout<RgbOutput<Rgb16, PairAverage>> = true;
 
 template <class Out>
 dispconv_status output_layout(const MIX_INFO& m, FootprintBuilder& f) {
-    if constexpr (reads_layout<Out>) {
-        if (!m.surface_format) return f.refuse(DISPCONV_BAD_ARGUMENT, "surface_format is needed for rgb16_layout");
-        if (static_cast<uint32_t>(m.surface_format->rgb16_layout) > 3)
-            return f.refuse(DISPCONV_BAD_LAYOUT, "rgb16_layout must be 0 to 3");
-    }
+    if constexpr (reads_layout<Out>)
+        return check_rgb16_layout(f, m.surface_format, "surface_format is needed for rgb16_layout");
     return DISPCONV_OK;
 }
 

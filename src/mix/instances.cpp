@@ -2,15 +2,7 @@
 #include "core/isa_unit.hpp"
 #include "mix/walks.hpp"
 
-namespace dispconv {
-
-const MixKernels* DISPCONV_ISA_FUNCTION(mix_kernels)() {
-    static constexpr MixKernels table = {
-#define DISPCONV_KERNEL(name, params, args) &kernels::name<Vocab>,
-#include "mix/kernels.def"
-#undef DISPCONV_KERNEL
-    };
-    return &table;
-}
-
-}  // namespace dispconv
+#define DISPCONV_FAMILY mix
+#define DISPCONV_FAMILY_TABLE MixKernels
+#define DISPCONV_FAMILY_LIST "mix/kernels.def"
+#include "core/family_table.inc"

@@ -23,9 +23,7 @@ void stretch_row_copy(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint
     for (uint32_t i = 0; i < blocks; i += edge_chunk) {
         const int count = int(blocks - i < edge_chunk ? blocks - i : edge_chunk);
         uint8_t yb[edge_chunk * n], ub[edge_chunk * c], vb[edge_chunk * c];
-        V::adjust(y + ptrdiff_t(i) * n, yb, count * n, a.luma_gain, a.luma_offset);
-        V::adjust(u + ptrdiff_t(i) * c, ub, count * c, a.chroma_gain, a.u_offset);
-        V::adjust(v + ptrdiff_t(i) * c, vb, count * c, a.chroma_gain, a.v_offset);
+        adjust_yuv<V>(y + ptrdiff_t(i) * n, u + ptrdiff_t(i) * c, v + ptrdiff_t(i) * c, yb, ub, vb, count * n, a);
         V::join_yuy2(yb, ub, vb, dst + ptrdiff_t(i) * 2 * n, count * n);
     }
 }
@@ -53,9 +51,7 @@ void stretch_row_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, ui
         interpolated_run<V>(y + ptrdiff_t(first) * n, luma_step, luma_interp, middle, yb, ny);
         interpolated_run<V>(u + ptrdiff_t(first) * c, chroma_step, chroma_interp, middle, ub, nc);
         interpolated_run<V>(v + ptrdiff_t(first) * c, chroma_step, chroma_interp, middle, vb, nc);
-        V::adjust(yb, yb, ny, a.luma_gain, a.luma_offset);
-        V::adjust(ub, ub, nc, a.chroma_gain, a.u_offset);
-        V::adjust(vb, vb, nc, a.chroma_gain, a.v_offset);
+        adjust_yuv<V>(yb, ub, vb, yb, ub, vb, ny, a);
         V::join_yuy2(yb, ub, vb, dst + ptrdiff_t(first) * 2 * n, ny);
     };
     // First block, at least one middle block, last block.
@@ -64,22 +60,6 @@ void stretch_row_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, ui
     for (uint32_t i = 1; i + 1 < blocks; i += edge_chunk)
         blocks_at(i, blocks - 1 - i < edge_chunk ? blocks - 1 - i : edge_chunk, true);
     blocks_at(blocks - 1, 1, false);
-}
-
-template <class V>
-void stretch_row_luma_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst,
-                             int32_t width, ptrdiff_t chroma_step, const AdjustConstants& a) {
-    stretch_row_interp<V, true, false>(y, u, v, dst, width, chroma_step, a);
-}
-template <class V>
-void stretch_row_chroma_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst,
-                               int32_t width, ptrdiff_t chroma_step, const AdjustConstants& a) {
-    stretch_row_interp<V, false, true>(y, u, v, dst, width, chroma_step, a);
-}
-template <class V>
-void stretch_row_both_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst,
-                             int32_t width, ptrdiff_t chroma_step, const AdjustConstants& a) {
-    stretch_row_interp<V, true, true>(y, u, v, dst, width, chroma_step, a);
 }
 
 template <class V>
@@ -102,24 +82,17 @@ void strech_opt_yuy2_ajust(tagVideoFrame* frame, int32_t start_line, int32_t hei
 
     using Routine = void (*)(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, int32_t,
                              ptrdiff_t, const AdjustConstants&);
-    auto emit = [&](int32_t out_row, Routine routine, int32_t luma_row, int32_t chroma_row) {
-        routine(y0 + luma_row * row_step, u0 + chroma_row * chroma_step,
-                v0 + chroma_row * chroma_step, dst + ptrdiff_t(out_row) * dst_stride, w,
+    // The double-height schedule; a row between two source rows of a plane is interpolated.
+    double_height_rows(height >> 1, [&](int32_t out_row, Taps luma, Taps chroma) {
+        const bool luma_interp = luma.count == 2, chroma_interp = chroma.count == 2;
+        const Routine routine = !luma_interp && !chroma_interp ? stretch_row_copy<V>
+                                : !chroma_interp             ? stretch_row_interp<V, true, false>
+                                : !luma_interp               ? stretch_row_interp<V, false, true>
+                                                             : stretch_row_interp<V, true, true>;
+        routine(y0 + luma.first * row_step, u0 + chroma.first * chroma_step,
+                v0 + chroma.first * chroma_step, dst + ptrdiff_t(out_row) * dst_stride, w,
                 chroma_step, a);
-    };
-    const int32_t pairs = (height >> 1) - 1;
-    int32_t m = 0;
-    for (; m < pairs; ++m) {
-        emit(4 * m, stretch_row_copy<V>, 2 * m, m);
-        emit(4 * m + 1, stretch_row_luma_interp<V>, 2 * m, m);
-        emit(4 * m + 2, stretch_row_chroma_interp<V>, 2 * m + 1, m);
-        emit(4 * m + 3, stretch_row_both_interp<V>, 2 * m + 1, m);
-    }
-    emit(4 * m, stretch_row_copy<V>, 2 * m, m);
-    emit(4 * m + 1, stretch_row_luma_interp<V>, 2 * m, m);
-    emit(4 * m + 2, stretch_row_copy<V>, 2 * m + 1, m);
-    // Deliberate: the bottom row duplicates the one above it.
-    emit(4 * m + 3, stretch_row_copy<V>, 2 * m + 1, m);
+    });
 }
 
 }  // namespace

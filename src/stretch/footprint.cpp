@@ -63,10 +63,8 @@ dispconv_status stretch_1x2_rgb(const dispconv_call& c, FootprintBuilder& f, int
     if (c.width <= 0 || c.width % rgb_strip != 0)
         return f.refuse(DISPCONV_BAD_WIDTH, "width must be a positive multiple of 16");
     if (dispconv_status s = check_height(c, f, 12, "height must be at least 12")) return s;
-    if (bpp == 2) {
-        if (!c.adjust) return f.refuse(DISPCONV_BAD_ARGUMENT, "adjust must give rgb16_layout");
-        if (uint32_t(c.adjust->rgb16_layout) > 3) return f.refuse(DISPCONV_BAD_LAYOUT, "rgb16_layout must be 0 to 3");
-    }
+    if (bpp == 2)
+        if (dispconv_status s = check_rgb16_layout(f, c.adjust, "adjust must give rgb16_layout")) return s;
     return planar_frame(c, f, bpp);
 }
 

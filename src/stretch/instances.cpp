@@ -2,15 +2,7 @@
 #include "core/isa_unit.hpp"
 #include "stretch/walks.hpp"
 
-namespace dispconv {
-
-const StretchKernels* DISPCONV_ISA_FUNCTION(stretch_kernels)() {
-    static constexpr StretchKernels table = {
-#define DISPCONV_KERNEL(name, params, args) &kernels::name<Vocab>,
-#include "stretch/kernels.def"
-#undef DISPCONV_KERNEL
-    };
-    return &table;
-}
-
-}  // namespace dispconv
+#define DISPCONV_FAMILY stretch
+#define DISPCONV_FAMILY_TABLE StretchKernels
+#define DISPCONV_FAMILY_LIST "stretch/kernels.def"
+#include "core/family_table.inc"

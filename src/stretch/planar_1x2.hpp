@@ -60,9 +60,7 @@ void double_height_row(const PlanarStretch& s, const AdjustConstants& a, int32_t
         vertical<V>(s.y, luma, ptrdiff_t(i) * n, y, ny);
         vertical<V>(s.u, chroma, ptrdiff_t(i) * n / 2, u, nc);
         vertical<V>(s.v, chroma, ptrdiff_t(i) * n / 2, v, nc);
-        maybe_adjust<V, Adjust>(y, ny, luma_channel(a));
-        maybe_adjust<V, Adjust>(u, nc, u_channel(a));
-        maybe_adjust<V, Adjust>(v, nc, v_channel(a));
+        if constexpr (Adjust::enabled) adjust_yuv<V>(y, u, v, y, u, v, ny, a);
         V::join_yuy2(y, u, v, d + ptrdiff_t(i) * 2 * n, ny);
     }
 }

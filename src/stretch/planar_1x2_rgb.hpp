@@ -118,28 +118,11 @@ void stretch_1x2_rgb(void* src_y, void* src_u, void* src_v, void* dst, int32_t w
 }
 
 template <class V>
-void strech_picture_1X2_yuy2_ajust_rgb32(void* src_y, void* src_u, void* src_v, void* dst,
-                                         int32_t width, int32_t height, int32_t src_stride,
-                                         int32_t dst_stride, ajust_contrast_info* adjust) {
-    stretch_1x2_rgb<V, Rgb32, false>(src_y, src_u, src_v, dst, width, height, src_stride,
-                                     dst_stride, adjust);
-}
-
+constexpr auto strech_picture_1X2_yuy2_ajust_rgb32 = stretch_1x2_rgb<V, Rgb32, false>;
 template <class V>
-void strech_picture_1X2_yuy2_ajust_rgb24(void* src_y, void* src_u, void* src_v, void* dst,
-                                         int32_t width, int32_t height, int32_t src_stride,
-                                         int32_t dst_stride, ajust_contrast_info* adjust) {
-    stretch_1x2_rgb<V, Rgb24, true>(src_y, src_u, src_v, dst, width, height, src_stride,
-                                    dst_stride, adjust);
-}
-
+constexpr auto strech_picture_1X2_yuy2_ajust_rgb24 = stretch_1x2_rgb<V, Rgb24, true>;
 template <class V>
-void strech_picture_1X2_yuy2_ajust_rgb16(void* src_y, void* src_u, void* src_v, void* dst,
-                                         int32_t width, int32_t height, int32_t src_stride,
-                                         int32_t dst_stride, ajust_contrast_info* adjust) {
-    stretch_1x2_rgb<V, Rgb16, true>(src_y, src_u, src_v, dst, width, height, src_stride,
-                                    dst_stride, adjust);
-}
+constexpr auto strech_picture_1X2_yuy2_ajust_rgb16 = stretch_1x2_rgb<V, Rgb16, true>;
 
 }  // namespace
 }  // namespace dispconv::kernels

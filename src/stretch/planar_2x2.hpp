@@ -26,7 +26,7 @@ void double_size_row(const PlanarStretch& s, const AdjustConstants& a, int32_t r
 
 template <class V, class Adjust>
 void stretch_2x2_planar(void* src_y, void* src_u, void* src_v, void* dst, int32_t width,
-                        int32_t height, int32_t src_stride, int32_t dst_stride) {
+                        int32_t height, int32_t src_stride, int32_t dst_stride, ajust_contrast_info*) {
     if (height < 8) return;
     const AdjustConstants a = adjust_snapshot<Adjust>();
     // Blocks that read the next block's first sample, then the last block; a width of 16
@@ -40,18 +40,9 @@ void stretch_2x2_planar(void* src_y, void* src_u, void* src_v, void* dst, int32_
 }
 
 template <class V>
-void strech_picture_2X2_yuy2(void* src_y, void* src_u, void* src_v, void* dst, int32_t width,
-                             int32_t height, int32_t src_stride, int32_t dst_stride,
-                             ajust_contrast_info*) {
-    stretch_2x2_planar<V, Plain>(src_y, src_u, src_v, dst, width, height, src_stride, dst_stride);
-}
-
+constexpr auto strech_picture_2X2_yuy2 = stretch_2x2_planar<V, Plain>;
 template <class V>
-void strech_picture_2X2_yuy2_ajust(void* src_y, void* src_u, void* src_v, void* dst,
-                                   int32_t width, int32_t height, int32_t src_stride,
-                                   int32_t dst_stride, ajust_contrast_info*) {
-    stretch_2x2_planar<V, Adjusted>(src_y, src_u, src_v, dst, width, height, src_stride, dst_stride);
-}
+constexpr auto strech_picture_2X2_yuy2_ajust = stretch_2x2_planar<V, Adjusted>;
 
 }  // namespace
 }  // namespace dispconv::kernels

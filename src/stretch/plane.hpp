@@ -76,6 +76,23 @@ inline Channel plane_channel(const AdjustConstants& a, int32_t plane) {
     return {a.luma_gain, offset};
 }
 
+// The row pairs below a plane stretcher's first destination row: source row s (a copy) and its
+// average with the row `src_stride` below, pair after pair `src_next` and `dst_next` on.
+// Deliberate: then one step back, the next-to-last source row over the last average and once
+// more `row_bytes` after it, without a row step.
+template <class Row>
+void plane_row_pairs(const uint8_t* s, uint8_t* d, int32_t height, ptrdiff_t src_stride, ptrdiff_t dst_stride,
+                     ptrdiff_t src_next, ptrdiff_t dst_next, ptrdiff_t row_bytes, Row&& row) {
+    for (uint32_t pair = loop_count(height - 1, 1); pair--; s += src_next, d += dst_next) {
+        row(s, s, d);
+        row(s, s + src_stride, d + dst_stride);
+    }
+    s -= src_next;
+    d -= dst_stride;
+    row(s, s, d);
+    row(s, s, d + row_bytes);
+}
+
 // The plane walks take the channel from their caller, so that a YV12 wrapper adjusts its three
 // planes with one snapshot of the constants.
 template <class V>
@@ -100,19 +117,9 @@ void stretch_plane_2x2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height
     // src_stride), and a width off the block moves each row pair `rem` bytes further left.
     const ptrdiff_t src_next = whole + (rem ? rem : 0);
     const ptrdiff_t dst_next = 2 * ptrdiff_t(dst_stride) + 2 * whole + (rem ? rem : 0) - 2 * width;
-    const uint8_t* s = src;
-    uint8_t* d = dst + dst_stride;
-    for (uint32_t pair = loop_count(height - 1, 1); pair--; s += src_next, d += dst_next) {
-        row(s, s, d);
-        row(s, s + src_stride, d + dst_stride);
-    }
-    // Deliberate: step back one row and write the next-to-last source row over the last
-    // average and once more right after it (without a row step); the last source row only
-    // shows in the overwritten average.
-    s -= src_next;
-    d -= dst_stride;
-    row(s, s, d);
-    row(s, s, d + 2 * ptrdiff_t(width));
+    // The last source row only shows in the overwritten average.
+    plane_row_pairs(src, dst + dst_stride, height, src_stride, dst_stride, src_next, dst_next,
+                    2 * ptrdiff_t(width), row);
 }
 
 template <class V>
@@ -127,41 +134,31 @@ void stretch_plane_1x2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height
         V::average_adjust(s + width - block, below + width - block, d + width - block, block, ch.gain, ch.offset);
     };
     row(src, src, dst);
-    const uint8_t* s = src;
-    uint8_t* d = dst + dst_stride;
-    for (uint32_t pair = loop_count(height - 1, 1); pair--; s += src_stride, d += 2 * ptrdiff_t(dst_stride)) {
-        row(s, s, d);
-        row(s, s + src_stride, d + dst_stride);
-    }
-    // Deliberate: the next-to-last source row overwrites the last average and is written
-    // once more right after it (without a row step); the last source row is never shown.
-    s -= src_stride;
-    d -= dst_stride;
-    row(s, s, d);
-    row(s, s, d + width);
+    // The last source row is never shown.
+    plane_row_pairs(src, dst + dst_stride, height, src_stride, dst_stride, src_stride,
+                    2 * ptrdiff_t(dst_stride), width, row);
+}
+
+// A plane walk, as the kernels below run it: on one plane (its channel picked by `plane`),
+// or on the three planes of a YV12 frame.
+using PlaneWalk = void (*)(uint8_t*, uint8_t*, int32_t, int32_t, int32_t, int32_t, Channel);
+
+template <PlaneWalk stretch_plane>
+void stretch_one_plane(uint8_t* src, uint8_t* dst, int32_t width, int32_t height, int32_t src_stride,
+                       int32_t dst_stride, ajust_contrast_info*, int32_t plane) {
+    stretch_plane(src, dst, width, height, src_stride, dst_stride, plane_channel(load_adjust_constants(), plane));
 }
 
 template <class V>
-void strech_pic_2X2_adjust(uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
-                           int32_t src_stride, int32_t dst_stride, ajust_contrast_info*,
-                           int32_t plane) {
-    stretch_plane_2x2<V>(src, dst, width, height, src_stride, dst_stride,
-                         plane_channel(load_adjust_constants(), plane));
-}
-
+constexpr auto strech_pic_2X2_adjust = stretch_one_plane<stretch_plane_2x2<V>>;
 template <class V>
-void strech_pic_1X2_adjust(uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
-                           int32_t src_stride, int32_t dst_stride, ajust_contrast_info*,
-                           int32_t plane) {
-    stretch_plane_1x2<V>(src, dst, width, height, src_stride, dst_stride,
-                         plane_channel(load_adjust_constants(), plane));
-}
+constexpr auto strech_pic_1X2_adjust = stretch_one_plane<stretch_plane_1x2<V>>;
 
 // YV12 wrappers: the enlarged Y plane, then V, then U in one buffer, chroma planes with half
 // the sizes and strides.
-template <class V, void (*stretch_plane)(uint8_t*, uint8_t*, int32_t, int32_t, int32_t, int32_t, Channel)>
+template <PlaneWalk stretch_plane>
 void stretch_yv12_planes(void* src_y, void* src_u, void* src_v, void* dst_, int32_t width,
-                         int32_t height, int32_t src_stride, int32_t dst_stride) {
+                         int32_t height, int32_t src_stride, int32_t dst_stride, ajust_contrast_info*) {
     const AdjustConstants a = load_adjust_constants();
     auto* dst = static_cast<uint8_t*>(dst_);
     const ptrdiff_t luma_area = 2 * ptrdiff_t(height) * dst_stride;
@@ -175,20 +172,9 @@ void stretch_yv12_planes(void* src_y, void* src_u, void* src_v, void* dst_, int3
 }
 
 template <class V>
-void strech_picture_2X2_yv12_ajust(void* src_y, void* src_u, void* src_v, void* dst,
-                                   int32_t width, int32_t height, int32_t src_stride,
-                                   int32_t dst_stride, ajust_contrast_info*) {
-    stretch_yv12_planes<V, stretch_plane_2x2<V>>(src_y, src_u, src_v, dst, width, height,
-                                                 src_stride, dst_stride);
-}
-
+constexpr auto strech_picture_2X2_yv12_ajust = stretch_yv12_planes<stretch_plane_2x2<V>>;
 template <class V>
-void strech_picture_1X2_yv12_ajust(void* src_y, void* src_u, void* src_v, void* dst,
-                                   int32_t width, int32_t height, int32_t src_stride,
-                                   int32_t dst_stride, ajust_contrast_info*) {
-    stretch_yv12_planes<V, stretch_plane_1x2<V>>(src_y, src_u, src_v, dst, width, height,
-                                                 src_stride, dst_stride);
-}
+constexpr auto strech_picture_1X2_yv12_ajust = stretch_yv12_planes<stretch_plane_1x2<V>>;
 
 }  // namespace
 }  // namespace dispconv::kernels

@@ -102,11 +102,9 @@ dispconv_status ayuy2_to_rgb(const MIX_INFO& m, FootprintBuilder& f, int bpp) {
     const int64_t row_bytes = int64_t(m.frame_stride) * bpp;
     if (!rows_apart(m.image_stride, row_bytes))
         return f.refuse(DISPCONV_BAD_STRIDE, "image_stride must be at least frame_stride * bytes per pixel");
-    if (bpp == Rgb16::bytes_per_pixel) {
-        if (!m.surface_format) return f.refuse(DISPCONV_BAD_ARGUMENT, "surface_format is needed for rgb16_layout");
-        if (static_cast<uint32_t>(m.surface_format->rgb16_layout) > 3u)
-            return f.refuse(DISPCONV_BAD_LAYOUT, "rgb16_layout must be 0..3");
-    }
+    if (bpp == Rgb16::bytes_per_pixel)
+        if (dispconv_status s = check_rgb16_layout(f, m.surface_format, "surface_format is needed for rgb16_layout"))
+            return s;
     const int64_t plane = int64_t(m.height) * m.frame_stride;
     f.read(DISPCONV_BUFFER_SUB_Y, 0, plane);
     f.read(DISPCONV_BUFFER_SUB_OPACITY, 0, plane);

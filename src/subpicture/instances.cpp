@@ -2,15 +2,7 @@
 #include "core/isa_unit.hpp"
 #include "subpicture/walks.hpp"
 
-namespace dispconv {
-
-const SubpictureKernels* DISPCONV_ISA_FUNCTION(subpicture_kernels)() {
-    static constexpr SubpictureKernels table = {
-#define DISPCONV_KERNEL(name, params, args) &kernels::name<Vocab>,
-#include "subpicture/kernels.def"
-#undef DISPCONV_KERNEL
-    };
-    return &table;
-}
-
-}  // namespace dispconv
+#define DISPCONV_FAMILY subpicture
+#define DISPCONV_FAMILY_TABLE SubpictureKernels
+#define DISPCONV_FAMILY_LIST "subpicture/kernels.def"
+#include "core/family_table.inc"

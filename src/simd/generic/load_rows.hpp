@@ -21,11 +21,7 @@ struct LoadRows {
             uint8_t y[8], u[4], v[4], unused[4];
             V::split_yuy2(chroma, y, u, v, 8);
             V::split_yuy2(luma, y, unused, unused, 8);
-            if constexpr (Adjust::enabled) {
-                V::adjust(y, y, 8, a.luma_gain, a.luma_offset);
-                V::adjust(u, u, 4, a.chroma_gain, a.u_offset);
-                V::adjust(v, v, 4, a.chroma_gain, a.v_offset);
-            }
+            if constexpr (Adjust::enabled) adjust_yuv<V>(y, u, v, y, u, v, 8, a);
             V::join_yuy2(y, u, v, d, 8);
         }
     }
@@ -36,9 +32,7 @@ struct LoadRows {
     static void rgb_pair_block(uint8_t* y0, uint8_t* y1, uint8_t* u, uint8_t* v, uint8_t* d0,
                                uint8_t* d1, const AdjustConstants& a, const Rgb16Layout& layout) {
         if constexpr (Adjust::enabled) {
-            V::adjust(u, u, 8, a.chroma_gain, a.u_offset);
-            V::adjust(v, v, 8, a.chroma_gain, a.v_offset);
-            V::adjust(y0, y0, 16, a.luma_gain, a.luma_offset);
+            adjust_yuv<V>(y0, u, v, y0, u, v, 16, a);
             V::adjust(y1, y1, 16, a.luma_gain, a.luma_offset);
         }
         V::template yuv_to_rgb_store<Format>(y0, u, v, 16, d0, layout);
@@ -92,9 +86,7 @@ struct LoadRows {
                                             uint8_t* d, uint32_t blocks, const AdjustConstants& a) {
         for (uint32_t i = 0; i < blocks; ++i, y += 16, u += 8, v += 8, d += 32) {
             uint8_t ya[16], ua[8], va[8];
-            V::adjust(y, ya, 16, a.luma_gain, a.luma_offset);
-            V::adjust(u, ua, 8, a.chroma_gain, a.u_offset);
-            V::adjust(v, va, 8, a.chroma_gain, a.v_offset);
+            adjust_yuv<V>(y, u, v, ya, ua, va, 16, a);
             V::join_yuy2(ya, ua, va, d, 16);
         }
     }
@@ -120,9 +112,7 @@ struct LoadRows {
             V::average_pairs(y, ya, 8);
             V::average_pairs(u, ua, 4);
             V::average_pairs(v, va, 4);
-            V::adjust(ya, ya, 8, a.luma_gain, a.luma_offset);
-            V::adjust(ua, ua, 4, a.chroma_gain, a.u_offset);
-            V::adjust(va, va, 4, a.chroma_gain, a.v_offset);
+            adjust_yuv<V>(ya, ua, va, ya, ua, va, 8, a);
             V::join_yuy2(ya, ua, va, d, 8);
         }
     }
