@@ -13,6 +13,7 @@
 #include <immintrin.h>
 #endif
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -230,7 +231,61 @@ inline void store_low_halves(uint8_t* d, Vec<32> v) {
 
 // Primitives first needed by the sub-picture operations.
 
+// Lane k loaded from p + k * stride (blocks that are not back to back).
+template <class V>
+V load_lanes(const void* p, ptrdiff_t stride);
+template <>
+inline Vec<16> load_lanes<Vec<16>>(const void* p, ptrdiff_t) { return Vec<16>::load(p); }
+// Lane k as a 128-bit vector.
+template <int k>
+inline Vec<16> lane(Vec<16> v) { return v; }
+// Lane by lane, 32-bit words 0 and 2 of a then of b (even) or words 1 and 3 (odd).
+inline Vec<16> even_u32(Vec<16> a, Vec<16> b) {
+    return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.r), _mm_castsi128_ps(b.r), 0x88))};
+}
+inline Vec<16> odd_u32(Vec<16> a, Vec<16> b) {
+    return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.r), _mm_castsi128_ps(b.r), 0xDD))};
+}
+// The low 4 bytes stored at d.
+inline void store_low_u32(uint8_t* d, Vec<16> v) {
+    const int32_t w = _mm_cvtsi128_si32(v.r);
+    std::memcpy(d, &w, 4);
+}
+// `count` copies of a 32-bit word from d on (a string store on x86).
+inline void store_repeated_u32(uint8_t* d, uint32_t word, size_t count) {
+    asm volatile("rep stosl" : "+D"(d), "+c"(count) : "a"(word) : "memory");
+}
+#if defined(__AVX2__)
+template <>
+inline Vec<32> load_lanes<Vec<32>>(const void* p, ptrdiff_t stride) {
+    const auto* b = static_cast<const uint8_t*>(p);
+    return {_mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(b + stride), reinterpret_cast<const __m128i*>(b))};
+}
+template <int k>
+inline Vec<16> lane(Vec<32> v) { return {_mm256_extracti128_si256(v.r, k)}; }
+inline Vec<32> even_u32(Vec<32> a, Vec<32> b) {
+    return {_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a.r), _mm256_castsi256_ps(b.r), 0x88))};
+}
+inline Vec<32> odd_u32(Vec<32> a, Vec<32> b) {
+    return {_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a.r), _mm256_castsi256_ps(b.r), 0xDD))};
+}
+#endif
+
 // Primitives first needed by the mix operations.
+
+// Four vectors whose lane k holds the four 16-byte parts of block k, stored as consecutive
+// blocks of 64 bytes.
+inline void store_block_quads(uint8_t* d, Vec<16> a, Vec<16> b, Vec<16> c, Vec<16> e) {
+    store_block_pairs(d, a, b), store_block_pairs(d + 32, c, e);
+}
+#if defined(__AVX2__)
+inline void store_block_quads(uint8_t* d, Vec<32> a, Vec<32> b, Vec<32> c, Vec<32> e) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), _mm256_permute2x128_si256(a.r, b.r, 0x20));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 32), _mm256_permute2x128_si256(c.r, e.r, 0x20));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 64), _mm256_permute2x128_si256(a.r, b.r, 0x31));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 96), _mm256_permute2x128_si256(c.r, e.r, 0x31));
+}
+#endif
 
 }  // namespace
 }  // namespace dispconv::simd
