@@ -6,20 +6,35 @@
 #include <cstdint>
 
 #include "core/formats.hpp"
+#include "core/geometry.hpp"
 #include "load/common.hpp"
-#include "simd/portable/mix.hpp"
+#include "mix/row.hpp"
 
 namespace dispconv::kernels {
 namespace {
 
 constexpr int mix_block = 16;  // pixels per block of the AYUY2 mixers
 
-// The samples under one row of a run of blocks (a frame plane may be read as the average of
-// two rows).
-using simd::MixRow;
+// `count` rows of `blocks` blocks, row r stored at dst[r] by run(row, blocks, dst). Rows that
+// share a byte go block by block, every row's block i before any block i + 1, the order that
+// decides the shared bytes; others a whole row at a time (stores to rows in step are slower).
+template <class Run>
+void mix_rows(const MixRow* rows, int count, uint32_t blocks, int block_bytes, uint8_t* const* dst, Run&& run) {
+    const ptrdiff_t row_bytes = ptrdiff_t(blocks) * block_bytes;
+    bool apart = true;
+    for (int r = 0; r < count; ++r)
+        for (int q = r + 1; q < count; ++q) apart = apart && !runs_overlap(dst[r], dst[q], row_bytes);
+    if (apart) {
+        for (int r = 0; r < count; ++r) run(rows[r], blocks, dst[r]);
+        return;
+    }
+    for (uint32_t i = 0; i < blocks; ++i)
+        for (int r = 0; r < count; ++r)
+            run(rows[r].advanced(ptrdiff_t(i) * mix_block), 1u, dst[r] + ptrdiff_t(i) * block_bytes);
+}
 
 // Output forms of the AYUY2 mixers. `rows` mixes `count` rows of `blocks` 16-pixel blocks,
-// block by block, row `r` stored at dst[r].
+// row `r` stored at dst[r].
 struct Yuy2Output {
     static constexpr int block_bytes = 2 * mix_block;
     static constexpr bool frame_at_sub_spacing = false;
@@ -29,7 +44,8 @@ struct Yuy2Output {
     template <class V>
     static void rows(const MixRow* s, int count, uint32_t blocks, const AdjustConstants& a,
                      const Rgb16Layout&, uint8_t* const* dst) {
-        V::mix_yuy2_rows(s, count, blocks, a, dst);
+        mix_rows(s, count, blocks, block_bytes, dst,
+                 [&a](const MixRow& row, uint32_t n, uint8_t* d) { V::mix_yuy2_run(row, n, a, d); });
     }
 };
 
@@ -45,7 +61,8 @@ struct HalfYuy2Output {
     template <class V>
     static void rows(const MixRow* s, int count, uint32_t blocks, const AdjustConstants& a,
                      const Rgb16Layout&, uint8_t* const* dst) {
-        V::mix_half_yuy2_rows(s, count, blocks, a, dst);
+        mix_rows(s, count, blocks, block_bytes, dst,
+                 [&a](const MixRow& row, uint32_t n, uint8_t* d) { V::mix_half_yuy2_run(row, n, a, d); });
     }
 };
 
@@ -66,7 +83,9 @@ struct RgbOutput {
     template <class V>
     static void rows(const MixRow* s, int count, uint32_t blocks, const AdjustConstants& a,
                      const Rgb16Layout& layout, uint8_t* const* dst) {
-        V::template mix_rgb_rows<Format, PairAverage>(s, count, blocks, a, layout, dst);
+        mix_rows(s, count, blocks, block_bytes, dst, [&a, &layout](const MixRow& row, uint32_t n, uint8_t* d) {
+            V::template mix_rgb_run<Format, PairAverage>(row, n, a, layout, d);
+        });
     }
 };
 

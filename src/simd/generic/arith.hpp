@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "core/adjust.hpp"
 #include "core/rgb16.hpp"

@@ -1,22 +1,153 @@
-// Mix operations on vectors of any width.
+// Mix operations on vectors of any width: one 16-pixel block per 128-bit lane, so each lane
+// computes what one 128-bit step does. Runs are single rows; the walk decides their order.
 #pragma once
 
-#include "simd/x86/sse2_mix.hpp"
-#if defined(__AVX2__)
-#include "simd/x86/avx2_mix.hpp"
-#endif
+#include <cstring>
+
+#include "mix/row.hpp"
+#include "simd/generic/arith.hpp"
+#include "simd/generic/tails.hpp"
+#include "simd/portable/mix.hpp"
+#include "simd/vec.hpp"
 
 namespace dispconv::simd {
 namespace {
 
+// The blend step with its words clamped as a narrowing to bytes would (they are never
+// negative), ready for the adjustment.
 template <class V>
-struct VectorMix;
-template <>
-struct VectorMix<Vec<16>> : Sse2Mix {};
-#if defined(__AVX2__)
-template <>
-struct VectorMix<Vec<32>> : Avx2Mix {};
-#endif
+V mixed_words(V frame, V sub, V weight) {
+    return min_i16(mix_words(frame, sub, weight), V::set1_i16(255));
+}
+template <class V>
+V mix_bytes(V frame, V sub, V weight) {
+    const V z = V::zero();
+    return packus_i16(mix_words(unpacklo_u8(frame, z), unpacklo_u8(sub, z), unpacklo_u8(weight, z)),
+                      mix_words(unpackhi_u8(frame, z), unpackhi_u8(sub, z), unpackhi_u8(weight, z)));
+}
+
+// A block per lane mixed, then adjusted: y as 16 bytes, u and v as 8 bytes in the low half.
+template <class V>
+struct MixedBlocks {
+    V y, u, v;
+};
+template <bool PairAverage, class V>
+MixedBlocks<V> mix_adjust_blocks(const MixRow& s, ptrdiff_t at, const AdjustLanes<V>& l) {
+    const V z = V::zero();
+    const ptrdiff_t half = at / 2;
+    auto chroma = [half, z](const uint8_t* p, const uint8_t* below) {  // as words
+        V c = V::load_half(p + half);
+        if (below) c = average_u8(c, V::load_half(below + half));
+        return unpacklo_u8(c, z);
+    };
+    V fy = V::load(s.frame_y + at);
+    if (s.frame_y_below) fy = average_u8(fy, V::load(s.frame_y_below + at));
+    const V alpha = V::load(s.alpha + at), sy = V::load(s.sub_y + at);
+    // The chroma weight of each pixel pair, as a word.
+    const V odd = srli_i16<8>(alpha);
+    const V w = PairAverage ? average_u16(alpha & low_bytes_mask<V>(), odd) : odd;
+    const V y_lo = mixed_words(unpacklo_u8(fy, z), unpacklo_u8(sy, z), unpacklo_u8(alpha, z));
+    const V y_hi = mixed_words(unpackhi_u8(fy, z), unpackhi_u8(sy, z), unpackhi_u8(alpha, z));
+    const V u = adjust_words(mixed_words(chroma(s.frame_u, s.frame_u_below), chroma(s.sub_u, nullptr), w), l.chroma_gain, l.u_offset);
+    const V v = adjust_words(mixed_words(chroma(s.frame_v, s.frame_v_below), chroma(s.sub_v, nullptr), w), l.chroma_gain, l.v_offset);
+    return {packus_i16(adjust_words(y_lo, l.luma_gain, l.luma_offset), adjust_words(y_hi, l.luma_gain, l.luma_offset)),
+            packus_i16(u, u), packus_i16(v, v)};
+}
+
+// The half mixer's blocks: the odd pixels of 16 mixed and adjusted into 8 YUY2 pixels per
+// lane, each chroma pair weighted by the alpha of its second output pixel. A run's first block
+// leaves its first chroma byte unread: the kernel never uses it.
+template <bool RunStart, class V>
+V mix_half_blocks(const MixRow& s, ptrdiff_t at, const AdjustLanes<V>& l) {
+    const V z = V::zero();
+    const ptrdiff_t half = at / 2;
+    auto odd_chroma = [half](const uint8_t* p) {  // as words 0..3 of each lane
+        if constexpr (RunStart) {
+            uint8_t b[8] = {};
+            std::memcpy(b + 1, p + half + 1, 7);
+            return srli_i16<8>(V::load_half(b));
+        }
+        return srli_i16<8>(V::load_half(p + half));
+    };
+    const V alpha = srli_i16<8>(V::load(s.alpha + at));
+    const V w = packs_i32(srli_i32<16>(alpha), z);
+    const V y = mixed_words(srli_i16<8>(V::load(s.frame_y + at)), srli_i16<8>(V::load(s.sub_y + at)), alpha);
+    const V u = mixed_words(odd_chroma(s.frame_u), odd_chroma(s.sub_u), w);
+    const V v = mixed_words(odd_chroma(s.frame_v), odd_chroma(s.sub_v), w);
+    const V y8 = packus_i16(adjust_words(y, l.luma_gain, l.luma_offset), z);
+    const V u8 = packus_i16(adjust_words(u, l.chroma_gain, l.u_offset), z);
+    const V v8 = packus_i16(adjust_words(v, l.chroma_gain, l.v_offset), z);
+    return unpacklo_u8(y8, unpacklo_u8(u8, v8));
+}
+
+template <class V>
+struct VectorMix {
+    static constexpr int block = 16;  // pixels per block of the AYUY2 mixers
+
+    // One row of `blocks` blocks into YUY2, odd-pixel chroma weights.
+    static void mix_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
+        const MixRow s = row;
+        const AdjustConstants k = a;
+        for_blocks<V>(blocks, [&]<class W>(uint32_t i) {
+            const ptrdiff_t at = ptrdiff_t(i) * block;
+            const MixedBlocks<W> m = mix_adjust_blocks<false>(s, at, adjust_lanes<W>(k));
+            W first, second;
+            join_yuy2(m.y, m.u, m.v, first, second);
+            store_block_pairs(dst + 2 * at, first, second);
+        });
+    }
+
+    // One row into half-width YUY2 (8 pixels out of 16).
+    static void mix_half_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
+        const MixRow s = row;
+        const AdjustConstants k = a;
+        Vec<16>::store(dst, mix_half_blocks<true>(s, 0, adjust_lanes<Vec<16>>(k)));
+        for_blocks<V>(blocks, [&]<class W>(uint32_t i) {
+            const ptrdiff_t at = ptrdiff_t(i) * block;
+            W::store(dst + at, mix_half_blocks<false>(s, at, adjust_lanes<W>(k)));
+        }, 1);
+    }
+
+    // One row into an RGB format, after the conversion of the mixed, adjusted samples.
+    template <class Format, bool PairAverage>
+    static void mix_rgb_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, const Rgb16Layout& layout,
+                            uint8_t* dst) {
+        const MixRow s = row;
+        const AdjustConstants k = a;
+        const Rgb16Layout lay = layout;
+        for_blocks<V>(blocks, [&]<class W>(uint32_t i) {
+            const ptrdiff_t at = ptrdiff_t(i) * block;
+            const MixedBlocks<W> m = mix_adjust_blocks<PairAverage>(s, at, adjust_lanes<W>(k));
+            store_rgb_blocks<Format>(dst + at * Format::bytes_per_pixel, luma_to_rgb(m.y, chroma_words(m.u, m.v)),
+                                     rgb16_lanes<W>(lay));
+        });
+    }
+
+    // One row of a YV12 plane mixed (then adjusted, with Adjust); chroma rows take the odd
+    // alphas of an alpha run twice as long.
+    template <class Adjust, bool Chroma>
+    static void mix_plane_row(const uint8_t* frame, const uint8_t* frame_below, const uint8_t* sub,
+                              const uint8_t* alpha, uint8_t* out, uint32_t samples, int16_t gain, int16_t offset) {
+        for_bytes<V>(int(samples), [&]<class W>(int i) {
+            W f = W::load(frame + i);
+            if (frame_below) f = average_u8(f, W::load(frame_below + i));
+            W w;
+            if constexpr (Chroma) {
+                W lo, hi;
+                deal_pair<32>(W::load(alpha + 2 * i), W::load(alpha + 2 * i + W::bytes), lo, hi);
+                w = packus_i16(srli_i16<8>(lo), srli_i16<8>(hi));
+            } else {
+                w = W::load(alpha + i);
+            }
+            W m = mix_bytes(f, W::load(sub + i), w);
+            if constexpr (Adjust::enabled) m = adjust_bytes(m, W::set1_i16(gain), W::set1_i16(offset));
+            W::store(out + i, m);
+        }, [&](int i) {
+            PortableMix::mix_plane_row<Adjust, Chroma>(frame + i, frame_below ? frame_below + i : nullptr, sub + i,
+                                                       alpha + (Chroma ? 2 * i : i), out + i, samples - i, gain, offset);
+        });
+    }
+};
 
 }  // namespace
 }  // namespace dispconv::simd
