@@ -48,10 +48,11 @@ MixedBlocks<V> mix_adjust_blocks(const MixRow& s, ptrdiff_t at, const AdjustLane
     const V w = PairAverage ? average_u16(alpha & low_bytes_mask<V>(), odd) : odd;
     const V y_lo = mixed_words(unpacklo_u8(fy, z), unpacklo_u8(sy, z), unpacklo_u8(alpha, z));
     const V y_hi = mixed_words(unpackhi_u8(fy, z), unpackhi_u8(sy, z), unpackhi_u8(alpha, z));
-    const V u = adjust_words(mixed_words(chroma(s.frame_u, s.frame_u_below), chroma(s.sub_u, nullptr), w), l.chroma_gain, l.u_offset);
-    const V v = adjust_words(mixed_words(chroma(s.frame_v, s.frame_v_below), chroma(s.sub_v, nullptr), w), l.chroma_gain, l.v_offset);
+    const V u = mixed_words(chroma(s.frame_u, s.frame_u_below), chroma(s.sub_u, nullptr), w);
+    const V v = mixed_words(chroma(s.frame_v, s.frame_v_below), chroma(s.sub_v, nullptr), w);
+    const V ua = adjust_words(u, l.chroma_gain, l.u_offset), va = adjust_words(v, l.chroma_gain, l.v_offset);
     return {packus_i16(adjust_words(y_lo, l.luma_gain, l.luma_offset), adjust_words(y_hi, l.luma_gain, l.luma_offset)),
-            packus_i16(u, u), packus_i16(v, v)};
+            packus_i16(ua, ua), packus_i16(va, va)};
 }
 
 // The half mixer's blocks: the odd pixels of 16 mixed and adjusted into 8 YUY2 pixels per
@@ -80,24 +81,49 @@ V mix_half_blocks(const MixRow& s, ptrdiff_t at, const AdjustLanes<V>& l) {
     return unpacklo_u8(y8, unpacklo_u8(u8, v8));
 }
 
+// Every operation is flattened: the helpers of its steps inlined, so that no vector passes
+// through memory between them.
 template <class V>
 struct VectorMix {
     static constexpr int block = 16;  // pixels per block of the AYUY2 mixers
 
-    // One row of `blocks` blocks into YUY2, odd-pixel chroma weights.
-    static void mix_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
-        const MixRow s = row;
+    // One row of `blocks` blocks mixed and adjusted, each step's blocks handed to
+    // store(first pixel, MixedBlocks).
+    template <bool PairAverage, class Store>
+    [[gnu::flatten]]
+    static void mix_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, Store&& store) {
+        const MixRow s = row;  // copies the stores cannot alias: the constants stay in registers
         const AdjustConstants k = a;
         for_blocks<V>(blocks, [&]<class W>(uint32_t i) {
             const ptrdiff_t at = ptrdiff_t(i) * block;
-            const MixedBlocks<W> m = mix_adjust_blocks<false>(s, at, adjust_lanes<W>(k));
+            store(at, mix_adjust_blocks<PairAverage>(s, at, adjust_lanes<W>(k)));
+        });
+    }
+
+    // One row into YUY2, odd-pixel chroma weights.
+    [[gnu::flatten]]
+    static void mix_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
+        mix_run<false>(row, blocks, a, [dst]<class W>(ptrdiff_t at, const MixedBlocks<W>& m) {
             W first, second;
             join_yuy2(m.y, m.u, m.v, first, second);
             store_block_pairs(dst + 2 * at, first, second);
         });
     }
 
+    // One row into an RGB format, after the conversion of the mixed, adjusted samples.
+    template <class Format, bool PairAverage>
+    [[gnu::flatten]]
+    static void mix_rgb_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, const Rgb16Layout& layout,
+                            uint8_t* dst) {
+        const Rgb16Layout lay = layout;
+        mix_run<PairAverage>(row, blocks, a, [dst, &lay]<class W>(ptrdiff_t at, const MixedBlocks<W>& m) {
+            store_rgb_blocks<Format>(dst + at * Format::bytes_per_pixel, luma_to_rgb(m.y, chroma_words(m.u, m.v)),
+                                     rgb16_lanes<W>(lay));
+        });
+    }
+
     // One row into half-width YUY2 (8 pixels out of 16).
+    [[gnu::flatten]]
     static void mix_half_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
         const MixRow s = row;
         const AdjustConstants k = a;
@@ -108,43 +134,37 @@ struct VectorMix {
         }, 1);
     }
 
-    // One row into an RGB format, after the conversion of the mixed, adjusted samples.
-    template <class Format, bool PairAverage>
-    static void mix_rgb_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, const Rgb16Layout& layout,
-                            uint8_t* dst) {
-        const MixRow s = row;
-        const AdjustConstants k = a;
-        const Rgb16Layout lay = layout;
-        for_blocks<V>(blocks, [&]<class W>(uint32_t i) {
-            const ptrdiff_t at = ptrdiff_t(i) * block;
-            const MixedBlocks<W> m = mix_adjust_blocks<PairAverage>(s, at, adjust_lanes<W>(k));
-            store_rgb_blocks<Format>(dst + at * Format::bytes_per_pixel, luma_to_rgb(m.y, chroma_words(m.u, m.v)),
-                                     rgb16_lanes<W>(lay));
-        });
-    }
-
     // One row of a YV12 plane mixed (then adjusted, with Adjust); chroma rows take the odd
     // alphas of an alpha run twice as long.
     template <class Adjust, bool Chroma>
+    [[gnu::flatten]]
     static void mix_plane_row(const uint8_t* frame, const uint8_t* frame_below, const uint8_t* sub,
                               const uint8_t* alpha, uint8_t* out, uint32_t samples, int16_t gain, int16_t offset) {
-        for_bytes<V>(int(samples), [&]<class W>(int i) {
-            W f = W::load(frame + i);
-            if (frame_below) f = average_u8(f, W::load(frame_below + i));
+        // W::bytes samples, or with Half eight in the low half of a 128-bit vector.
+        auto mixed = [&]<class W, bool Half>(int i) {
+            auto load = [](const uint8_t* p) { return Half ? W::load_half(p) : W::load(p); };
+            W f = load(frame + i);
+            if (frame_below) f = average_u8(f, load(frame_below + i));
             W w;
-            if constexpr (Chroma) {
+            if constexpr (Chroma && Half) {
+                w = packus_i16(srli_i16<8>(W::load(alpha + 2 * i)), W::zero());
+            } else if constexpr (Chroma) {
                 W lo, hi;
                 deal_pair<32>(W::load(alpha + 2 * i), W::load(alpha + 2 * i + W::bytes), lo, hi);
                 w = packus_i16(srli_i16<8>(lo), srli_i16<8>(hi));
             } else {
-                w = W::load(alpha + i);
+                w = load(alpha + i);
             }
-            W m = mix_bytes(f, W::load(sub + i), w);
-            if constexpr (Adjust::enabled) m = adjust_bytes(m, W::set1_i16(gain), W::set1_i16(offset));
-            W::store(out + i, m);
-        }, [&](int i) {
-            PortableMix::mix_plane_row<Adjust, Chroma>(frame + i, frame_below ? frame_below + i : nullptr, sub + i,
-                                                       alpha + (Chroma ? 2 * i : i), out + i, samples - i, gain, offset);
+            const W m = mix_bytes(f, load(sub + i), w);
+            return Adjust::enabled ? adjust_bytes(m, W::set1_i16(gain), W::set1_i16(offset)) : m;
+        };
+        const int n = int(samples);
+        for_bytes<V>(n, [&]<class W>(int i) { W::store(out + i, mixed.template operator()<W, false>(i)); }, [&](int i) {
+            if (n - i >= 8) store_low_halves(out + i, mixed.template operator()<Vec<16>, true>(i)), i += 8;
+            if (i < n)
+                PortableMix::mix_plane_row<Adjust, Chroma>(frame + i, frame_below ? frame_below + i : nullptr, sub + i,
+                                                           alpha + (Chroma ? 2 * i : i), out + i, uint32_t(n - i),
+                                                           gain, offset);
         });
     }
 };

@@ -23,7 +23,8 @@ struct SubpictureLanes {
 template <class V>
 SubpictureLanes<V> subpicture_lanes(const SubpictureWeights& w) {
     const auto word = [](int v, int at) { return int64_t(uint16_t(v)) << (16 * at); };
-    return {V::set1_i64(word(w.blue, 0) | word(w.green, 1) | word(w.red, 2) | word(1024, 3)), V::set1_i64(word(w.bias, 3))};
+    return {V::set1_i64(word(w.blue, 0) | word(w.green, 1) | word(w.red, 2) | word(1024, 3)),
+            V::set1_i64(word(w.bias, 3))};
 }
 
 // Four (b, g, r, x) pixels per lane: the multiply-add in 16-bit pairs, the pair sums added and
@@ -31,7 +32,8 @@ SubpictureLanes<V> subpicture_lanes(const SubpictureWeights& w) {
 template <class V>
 V subpicture_sums(V px, const SubpictureLanes<V>& o) {
     const V z = V::zero();
-    const V lo = madd_i16(unpacklo_u8(px, z) | o.bias, o.weights), hi = madd_i16(unpackhi_u8(px, z) | o.bias, o.weights);
+    const V lo = madd_i16(unpacklo_u8(px, z) | o.bias, o.weights);
+    const V hi = madd_i16(unpackhi_u8(px, z) | o.bias, o.weights);
     return srai_i32<10>(add_i32(even_u32(lo, hi), odd_u32(lo, hi)));
 }
 
@@ -95,11 +97,14 @@ V third_bytes(V p) {
     }
 }
 
+// Every operation is flattened: the helpers of its steps inlined, so that no vector passes
+// through memory between them.
 template <class V>
 struct VectorSubpicture {
     // Blocks of 8 pixels: those entirely of `key` are skipped, the others converted (y, u and v
     // advance by 8, 4, 4 per block either way).
     template <class Format>
+    [[gnu::flatten]]
     static void rgb_row_to_subpicture(const uint8_t* src, uint32_t blocks, uint32_t key, uint8_t* y, uint8_t* u,
                                       uint8_t* v) {
         constexpr int bpp = Format::bytes_per_pixel;
@@ -130,6 +135,7 @@ struct VectorSubpicture {
     // Adjust says so, converted and selected by opacity read as a signed byte: 0 takes the key
     // pixel, 1..127 the converted pixel, 128..255 all zero bytes.
     template <class Format, class Adjust>
+    [[gnu::flatten]]
     static void ayuy2_row_to_rgb(const uint8_t* sub_y, const uint8_t* sub_u, const uint8_t* sub_v,
                                  const uint8_t* opacity, uint32_t blocks, const uint8_t* key,
                                  const AdjustConstants& a, const Rgb16Layout& layout, uint8_t* image) {
@@ -165,6 +171,7 @@ struct VectorSubpicture {
 
     // dst[i] = src[i * step + offset] & mask: one byte taken from each pixel.
     template <int step, int offset, uint8_t mask>
+    [[gnu::flatten]]
     static void pick_bytes(const uint8_t* src, uint8_t* dst, int n) {
         auto rest = [&](int i) { PortableSubpicture::pick_bytes<step, offset, mask>(src + step * i, dst + i, n - i); };
         // Eight outputs from the low halves of 128-bit steps, then the rest: whole pixels are loaded.
@@ -202,7 +209,8 @@ struct VectorSubpicture {
             }, [&](int i) {
                 eight_then_rest(i, [&](int at) {
                     const uint8_t* s = src + 3 * at + 1;
-                    const Vec<16> w = packs_i32(third_bytes(Vec<16>::load(s)), third_bytes(bsrli<4>(Vec<16>::load(s + 8))));
+                    const Vec<16> w =
+                        packs_i32(third_bytes(Vec<16>::load(s)), third_bytes(bsrli<4>(Vec<16>::load(s + 8))));
                     return packus_i16(w, w);
                 });
             });
@@ -213,6 +221,7 @@ struct VectorSubpicture {
 
     // Each byte becomes the first of `step` bytes, the others zero.
     template <int step>
+    [[gnu::flatten]]
     static void spread_bytes(const uint8_t* src, uint8_t* dst, int n) {
         for_bytes<V>(n, [&]<class W>(int i) {
             const W z = W::zero(), a = W::load(src + i);
@@ -224,6 +233,7 @@ struct VectorSubpicture {
     }
 
     // `n` bytes of a repeated pattern (n a multiple of pattern_bytes).
+    [[gnu::flatten]]
     static void fill_pattern(uint8_t* dst, const uint8_t* pattern, int pattern_bytes, int n) {
         auto rest = [&](int i) { PortableSubpicture::fill_pattern(dst + i, pattern, pattern_bytes, n - i); };
         if (pattern_bytes == 8 && std::memcmp(pattern, pattern + 4, 4) == 0) {
@@ -252,9 +262,11 @@ struct VectorSubpicture {
     }
 
     // dst[i] becomes `key` where mask[i] equals `marker`, and stays as it is elsewhere.
+    [[gnu::flatten]]
     static void replace_marked(const uint8_t* mask, uint8_t marker, uint8_t key, uint8_t* dst, int n) {
         for_bytes<V>(n, [&]<class W>(int i) {
-            W::store(dst + i, blend_u8(W::load(dst + i), W::set1_u8(key), cmpeq_u8(W::load(mask + i), W::set1_u8(marker))));
+            const W hit = cmpeq_u8(W::load(mask + i), W::set1_u8(marker));
+            W::store(dst + i, blend_u8(W::load(dst + i), W::set1_u8(key), hit));
         }, [&](int i) { PortableSubpicture::replace_marked(mask + i, marker, key, dst + i, n - i); });
     }
 };
