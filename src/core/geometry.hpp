@@ -31,5 +31,14 @@ inline bool runs_overlap(const uint8_t* a, const uint8_t* b, ptrdiff_t bytes) {
     return bytes > 0 && distance < uintptr_t(bytes);
 }
 
+// Runs run(first, count) over `blocks` blocks of two destination rows of `row_bytes`: all at
+// once where the rows share no byte, else block by block, so that each block's two rows are
+// stored before the next block's, the order the kernels define.
+template <class Run>
+void in_block_order(const uint8_t* d0, const uint8_t* d1, ptrdiff_t row_bytes, uint32_t blocks, Run&& run) {
+    if (!runs_overlap(d0, d1, row_bytes)) return run(0u, blocks);
+    for (uint32_t i = 0; i < blocks; ++i) run(i, 1u);
+}
+
 }  // namespace
 }  // namespace dispconv

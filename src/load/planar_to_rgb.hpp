@@ -1,7 +1,7 @@
 // Planar YV12 frame to RGB32, RGB24 or 16-bit RGB; one chroma row serves a row pair.
 #pragma once
 
-#include "load/common.hpp"
+#include "core/walk.hpp"
 
 namespace dispconv::kernels {
 namespace {
@@ -21,9 +21,14 @@ void planar_to_rgb(const uint8_t* src_y, const uint8_t* src_u, const uint8_t* sr
     const ptrdiff_t d_next = drift_step(blocks, block * bpp, width * bpp, 2 * ptrdiff_t(dst_stride));
 
     for (uint32_t pair = loop_count(height, 2); pair--;
-         src_y += y_next, src_u += c_next, src_v += c_next, dst += d_next)
-        V::template planar_pair_to_rgb<Format, Adjust>(src_y, src_y + src_stride, src_u, src_v, dst,
-                                                       dst + dst_stride, blocks, a, layout);
+         src_y += y_next, src_u += c_next, src_v += c_next, dst += d_next) {
+        const uint8_t* y1 = src_y + src_stride;
+        uint8_t* d1 = dst + dst_stride;
+        in_block_order(dst, d1, ptrdiff_t(blocks) * block * bpp, blocks, [&](uint32_t i, uint32_t n) {
+            V::template planar_pair_to_rgb<Format, Adjust>(src_y + block * i, y1 + block * i, src_u + 8 * i, src_v + 8 * i,
+                                                           dst + i * block * bpp, d1 + i * block * bpp, n, a, layout);
+        });
+    }
 }
 
 #define DISPCONV_PLANAR_TO_RGB(name, Format, Adjust)                                             \

@@ -2,7 +2,7 @@
 // All four drift: width must be a multiple of 16.
 #pragma once
 
-#include "load/common.hpp"
+#include "core/walk.hpp"
 
 namespace dispconv::kernels {
 namespace {
@@ -28,7 +28,10 @@ void loadimage_yuy2(void* src_y, void* src_u, void* src_v, void* dst_, int32_t w
 
     for (uint32_t pair = loop_count(height, 2); pair--;
          s.y += y_next, s.u += c_next, s.v += c_next, dst += d_next)
-        V::planar_pair_to_yuy2_gapped(s.y, s.y + src_stride, s.u, s.v, dst, dst + dst_stride, blocks);
+        in_block_order(dst, dst + dst_stride, ptrdiff_t(blocks) * 32, blocks, [&](uint32_t i, uint32_t n) {
+            V::planar_pair_to_yuy2_gapped(s.y + 16 * i, s.y + src_stride + 16 * i, s.u + 8 * i, s.v + 8 * i,
+                                          dst + 32 * i, dst + dst_stride + 32 * i, n);
+        });
 }
 
 template <class V>

@@ -1,7 +1,7 @@
 // Planar YV12 frame to one YV12 surface (Y plane, then V, then U, through one pointer).
 #pragma once
 
-#include "load/common.hpp"
+#include "core/walk.hpp"
 
 namespace dispconv::kernels {
 namespace {

@@ -1,7 +1,7 @@
 // Packed YUY2 frame to RGB32, RGB24 or 16-bit RGB; odd rows use the chroma of the row above.
 #pragma once
 
-#include "load/common.hpp"
+#include "core/walk.hpp"
 
 namespace dispconv::kernels {
 namespace {
@@ -20,9 +20,14 @@ void yuy2_to_rgb(const uint8_t* src, uint8_t* dst, int32_t width, int32_t height
     const ptrdiff_t dst_next =
         pull_back_step(blocks, block, width, bpp, 2 * ptrdiff_t(dst_stride));
 
-    for (uint32_t pair = loop_count(height, 2); pair--; src += src_next, dst += dst_next)
-        V::template yuy2_pair_to_rgb<Format, Adjust>(src, src + src_pitch, dst, dst + dst_stride,
-                                                     blocks, a, layout);
+    for (uint32_t pair = loop_count(height, 2); pair--; src += src_next, dst += dst_next) {
+        const uint8_t* s1 = src + src_pitch;
+        uint8_t* d1 = dst + dst_stride;
+        in_block_order(dst, d1, ptrdiff_t(blocks) * block * bpp, blocks, [&](uint32_t i, uint32_t n) {
+            V::template yuy2_pair_to_rgb<Format, Adjust>(src + 2 * block * i, s1 + 2 * block * i, dst + i * block * bpp,
+                                                         d1 + i * block * bpp, n, a, layout);
+        });
+    }
 }
 
 #define DISPCONV_YUY2_TO_RGB(name, Format, Adjust)                                               \

@@ -7,7 +7,7 @@
 
 #include "core/formats.hpp"
 #include "core/geometry.hpp"
-#include "load/common.hpp"
+#include "core/walk.hpp"
 #include "mix/row.hpp"
 
 namespace dispconv::kernels {

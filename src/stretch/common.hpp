@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "load/common.hpp"
+#include "core/walk.hpp"
 
 namespace dispconv::kernels {
 namespace {

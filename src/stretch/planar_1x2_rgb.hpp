@@ -6,7 +6,7 @@
 
 #include <utility>
 
-#include "load/common.hpp"
+#include "core/walk.hpp"
 #include "stretch/common.hpp"
 
 namespace dispconv::kernels {

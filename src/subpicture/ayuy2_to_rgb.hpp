@@ -6,7 +6,7 @@
 
 #include "core/formats.hpp"
 #include "core/rgb16.hpp"
-#include "load/common.hpp"
+#include "core/walk.hpp"
 
 namespace dispconv::kernels {
 namespace {

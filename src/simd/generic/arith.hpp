@@ -13,13 +13,17 @@
 namespace dispconv::simd {
 namespace {
 
+// A vector of any width (keeps these templates from matching other types).
 template <class V>
-struct AdjustLanes {
+concept Vector = requires { V::lanes; };
+
+template <Vector V>
+struct AdjustVec {
     V luma_gain, chroma_gain, luma_offset, u_offset, v_offset;
     V uv_offset;  // U and V offsets alternating, for chroma interleaved as in YUY2
 };
-template <class V>
-AdjustLanes<V> adjust_lanes(const AdjustConstants& a) {
+template <Vector V>
+AdjustVec<V> adjust_vec(const AdjustConstants& a) {
     const V u = V::set1_i16(a.u_offset), v = V::set1_i16(a.v_offset);
     return {V::set1_i16(a.luma_gain), V::set1_i16(a.chroma_gain), V::set1_i16(a.luma_offset), u, v,
             unpacklo_u16(u, v)};
@@ -27,34 +31,34 @@ AdjustLanes<V> adjust_lanes(const AdjustConstants& a) {
 
 // Adjustment of words holding bytes: product kept to 16 bits, logical shift by 6, offset added
 // with signed saturation (narrowing with unsigned saturation is left to the caller).
-template <class V>
+template <Vector V>
 V adjust_words(V w, V gain, V offset) {
     return adds_i16(srli_i16<6>(mullo_i16(w, gain)), offset);
 }
-template <class V>
+template <Vector V>
 V adjust_bytes(V bytes, V gain, V offset) {
     const V z = V::zero();
     return packus_i16(adjust_words(unpacklo_u8(bytes, z), gain, offset), adjust_words(unpackhi_u8(bytes, z), gain, offset));
 }
 // Words clamped to 0..255, as the narrowing to bytes would.
-template <class V>
+template <Vector V>
 V clamp_words(V w) {
     return max_i16(min_i16(w, V::set1_i16(255)), V::zero());
 }
-template <class V>
+template <Vector V>
 V low_bytes_mask() {
     return V::set1_i16(0x00FF);
 }
 
 // The chroma terms of YUV to RGB for 16 pixels per lane, as words: lo for the lane's first 8
 // pixels, hi for the last 8.
-template <class V>
-struct ChromaWords {
+template <Vector V>
+struct ChromaVec {
     V gu_lo, gu_hi, gv_lo, gv_hi, bu_lo, bu_hi, rv_lo, rv_hi;
 };
 // From 8 U and 8 V bytes in the low half of each lane, each term repeated for its pixel pair.
-template <class V>
-ChromaWords<V> chroma_words(V u8, V v8) {
+template <Vector V>
+ChromaVec<V> chroma_words(V u8, V v8) {
     const V z = V::zero(), bias = V::set1_i16(128);
     const V cu = sub_i16(unpacklo_u8(u8, z), bias), cv = sub_i16(unpacklo_u8(v8, z), bias);
     const V gu = mulhi_i16(cu, V::set1_i16(25625));
@@ -66,8 +70,8 @@ ChromaWords<V> chroma_words(V u8, V v8) {
 }
 // From U and V words already repeated for both pixels of each pair: twice the multiplies, no
 // shuffles after them.
-template <class V>
-ChromaWords<V> pixel_chroma_words(V u_lo, V u_hi, V v_lo, V v_hi) {
+template <Vector V>
+ChromaVec<V> pixel_chroma_words(V u_lo, V u_hi, V v_lo, V v_hi) {
     const V bias = V::set1_i16(128);
     const V gu = V::set1_i16(25625), bu = V::set1_i16(16532), gv = V::set1_i16(26641), rv = V::set1_i16(26149);
     const V cu_lo = sub_i16(u_lo, bias), cu_hi = sub_i16(u_hi, bias);
@@ -78,13 +82,13 @@ ChromaWords<V> pixel_chroma_words(V u_lo, V u_hi, V v_lo, V v_hi) {
             mulhi_i16(slli_i16<2>(cv_lo), rv), mulhi_i16(slli_i16<2>(cv_hi), rv)};
 }
 
-template <class V>
-struct Rgb {
+template <Vector V>
+struct RgbVec {
     V r, g, b;
 };
 // From lumas as words (each lane's first and last 8 pixels).
-template <class V>
-Rgb<V> luma_words_to_rgb(V y_lo, V y_hi, const ChromaWords<V>& c) {
+template <Vector V>
+RgbVec<V> luma_words_to_rgb(V y_lo, V y_hi, const ChromaVec<V>& c) {
     const V black = V::set1_i16(16), scale = V::set1_i16(19071);
     const V lo = mulhi_i16(slli_i16<2>(sub_i16(y_lo, black)), scale);
     const V hi = mulhi_i16(slli_i16<2>(sub_i16(y_hi, black)), scale);
@@ -92,19 +96,19 @@ Rgb<V> luma_words_to_rgb(V y_lo, V y_hi, const ChromaWords<V>& c) {
             packus_i16(subs_i16(subs_i16(lo, c.gu_lo), c.gv_lo), subs_i16(subs_i16(hi, c.gu_hi), c.gv_hi)),
             packus_i16(adds_i16(lo, c.bu_lo), adds_i16(hi, c.bu_hi))};
 }
-template <class V>
-Rgb<V> luma_to_rgb(V y, const ChromaWords<V>& c) {
+template <Vector V>
+RgbVec<V> luma_to_rgb(V y, const ChromaVec<V>& c) {
     const V z = V::zero();
     return luma_words_to_rgb(unpacklo_u8(y, z), unpackhi_u8(y, z), c);
 }
 
 // Each lane's 16 pixels as RGB32 (B, G, R, 0): four vectors of 4 pixels per lane, in order.
-template <class V>
+template <Vector V>
 struct Rgb32Quads {
     V q0, q1, q2, q3;
 };
-template <class V>
-Rgb32Quads<V> interleave_rgb32(const Rgb<V>& c) {
+template <Vector V>
+Rgb32Quads<V> interleave_rgb32(const RgbVec<V>& c) {
     const V z = V::zero();
     const V bg_lo = unpacklo_u8(c.b, c.g), bg_hi = unpackhi_u8(c.b, c.g);
     const V r0_lo = unpacklo_u8(c.r, z), r0_hi = unpackhi_u8(c.r, z);
@@ -112,12 +116,12 @@ Rgb32Quads<V> interleave_rgb32(const Rgb<V>& c) {
 }
 
 // Each lane's 16 pixels as the 48 bytes of their RGB24 run, in three vectors.
-template <class V>
+template <Vector V>
 struct Rgb24Parts {
     V p0, p1, p2;
 };
-template <class V>
-Rgb24Parts<V> pack_rgb24(const Rgb<V>& c) {
+template <Vector V>
+Rgb24Parts<V> pack_rgb24(const RgbVec<V>& c) {
     if constexpr (has_byte_shuffle) {
         // Output byte j of the run is channel j % 3 (B, G, R) of pixel j / 3.
         auto part = [&c](auto tag) {
@@ -144,22 +148,22 @@ Rgb24Parts<V> pack_rgb24(const Rgb<V>& c) {
     }
 }
 
-template <class V>
-struct Rgb16Lanes {
+template <Vector V>
+struct Rgb16Vec {
     V r_mask, g_mask, b_mask;
     int g_shift, b_shift;
 };
-template <class V>
-Rgb16Lanes<V> rgb16_lanes(const Rgb16Layout& l) {
+template <Vector V>
+Rgb16Vec<V> rgb16_vec(const Rgb16Layout& l) {
     return {V::set1_u8(l.r_mask), V::set1_u8(l.g_mask), V::set1_u8(l.b_mask), l.g_shift_left, l.b_shift_right};
 }
 // Each lane's 16 pixels as 16-bit words: lo its first 8, hi its last 8.
-template <class V>
-struct Rgb16Words {
+template <Vector V>
+struct Rgb16Pair {
     V lo, hi;
 };
-template <class V>
-Rgb16Words<V> pack_rgb16(const Rgb<V>& c, const Rgb16Lanes<V>& l) {
+template <Vector V>
+Rgb16Pair<V> pack_rgb16(const RgbVec<V>& c, const Rgb16Vec<V>& l) {
     const V z = V::zero();
     const V r = c.r & l.r_mask, g = c.g & l.g_mask, b = c.b & l.b_mask;
     return {unpacklo_u8(z, r) | sll_i16(unpacklo_u8(g, z), l.g_shift) | srl_i16(unpacklo_u8(b, z), l.b_shift),
@@ -174,13 +178,13 @@ inline constexpr int pixel_group = Format::bytes_per_pixel == 4 ? 4 : Format::by
 
 // One vector of pixels placed by deal<pixel_group<Format>> stored as the next V::bytes pixels.
 template <class Format, class V>
-void store_rgb(uint8_t* d, const Rgb<V>& c, const Rgb16Lanes<V>& l) {
+void store_rgb(uint8_t* d, const RgbVec<V>& c, const Rgb16Vec<V>& l) {
     constexpr int W = V::bytes;
     if constexpr (Format::bytes_per_pixel == 4) {
         const Rgb32Quads<V> q = interleave_rgb32(c);
         V::store(d, q.q0), V::store(d + W, q.q1), V::store(d + 2 * W, q.q2), V::store(d + 3 * W, q.q3);
     } else if constexpr (Format::bytes_per_pixel == 2) {
-        const Rgb16Words<V> w = pack_rgb16(c, l);
+        const Rgb16Pair<V> w = pack_rgb16(c, l);
         V::store(d, w.lo), V::store(d + W, w.hi);
     } else {
         const Rgb24Parts<V> p = pack_rgb24(c);
@@ -190,12 +194,12 @@ void store_rgb(uint8_t* d, const Rgb<V>& c, const Rgb16Lanes<V>& l) {
 
 // Lane k's 16 pixels stored as block k of the run: the pixels need no dealing beforehand.
 template <class Format, class V>
-void store_rgb_blocks(uint8_t* d, const Rgb<V>& c, const Rgb16Lanes<V>& l) {
+void store_rgb_blocks(uint8_t* d, const RgbVec<V>& c, const Rgb16Vec<V>& l) {
     if constexpr (Format::bytes_per_pixel == 4) {
         const Rgb32Quads<V> q = interleave_rgb32(c);
         store_block_quads(d, q.q0, q.q1, q.q2, q.q3);
     } else if constexpr (Format::bytes_per_pixel == 2) {
-        const Rgb16Words<V> w = pack_rgb16(c, l);
+        const Rgb16Pair<V> w = pack_rgb16(c, l);
         store_block_pairs(d, w.lo, w.hi);
     } else {
         store_rgb<Format>(d, c, l);  // RGB24 keeps a block per lane already
@@ -203,24 +207,24 @@ void store_rgb_blocks(uint8_t* d, const Rgb<V>& c, const Rgb16Lanes<V>& l) {
 }
 
 // Packed YUY2, 16 pixels per lane from two vectors: lumas, and U and V in the low halves.
-template <class V>
+template <Vector V>
 struct Yuy2Planes {
     V y, u, v;
 };
 // a and b hold each lane's first and second 8 pixels of packed YUY2.
-template <class V>
+template <Vector V>
 Yuy2Planes<V> split_yuy2(V a, V b) {
     const V m = low_bytes_mask<V>(), z = V::zero();
     const V c = packus_i16(srli_i16<8>(a), srli_i16<8>(b));
     return {packus_i16(a & m, b & m), packus_i16(c & m, z), packus_i16(srli_i16<8>(c), z)};
 }
-template <class V>
+template <Vector V>
 V lumas_of_yuy2(V a, V b) {
     const V m = low_bytes_mask<V>();
     return packus_i16(a & m, b & m);
 }
 // Lumas and U and V (low halves) to each lane's 32 bytes of YUY2: first and second halves.
-template <class V>
+template <Vector V>
 void join_yuy2(V y, V u, V v, V& first, V& second) {
     const V uv = unpacklo_u8(u, v);
     first = unpacklo_u8(y, uv), second = unpackhi_u8(y, uv);
@@ -228,12 +232,12 @@ void join_yuy2(V y, V u, V v, V& first, V& second) {
 
 // The four-row filter (5 (b + c) - (a + d)) >> 3 on words holding bytes: the sums stay far
 // inside 16 bits, so the saturating steps of the definition never saturate.
-template <class V>
+template <Vector V>
 V filter4_words(V a, V b, V c, V d) {
     const V bc = add_i16(b, c);
     return srai_i16<3>(sub_i16(add_i16(bc, slli_i16<2>(bc)), add_i16(a, d)));
 }
-template <class V>
+template <Vector V>
 V filter4_bytes(V a, V b, V c, V d) {
     const V z = V::zero();
     return packus_i16(filter4_words(unpacklo_u8(a, z), unpacklo_u8(b, z), unpacklo_u8(c, z), unpacklo_u8(d, z)),
@@ -241,7 +245,7 @@ V filter4_bytes(V a, V b, V c, V d) {
 }
 
 // The blend step on words: (f * (16 - w) + s * w) >> 4, truncated (16 - w never saturates).
-template <class V>
+template <Vector V>
 V mix_words(V f, V s, V w) {
     return srli_i16<4>(adds_i16(mullo_i16(f, sub_i16(V::set1_i16(16), w)), mullo_i16(s, w)));
 }

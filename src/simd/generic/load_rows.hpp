@@ -12,22 +12,21 @@ namespace {
 
 template <class V>
 struct LoadRows {
-    // Two packed rows, blocks of 8 pixels; the second row takes the first row's chroma.
+    // One packed row from the luma of one source row and the chroma of another, blocks of 8
+    // pixels.
     template <class Adjust>
-    static void yuy2_pair_to_yuy2(const uint8_t* s0, const uint8_t* s1, uint8_t* d0, uint8_t* d1,
-                                  uint32_t blocks, const AdjustConstants& a) {
-        for (uint32_t i = 0; i < blocks; ++i, s0 += 16, s1 += 16, d0 += 16, d1 += 16) {
-            uint8_t y0[8], y1[8], u[4], v[4], unused[4];
-            V::split_yuy2(s0, y0, u, v, 8);
-            V::split_yuy2(s1, y1, unused, unused, 8);
+    static void yuy2_row_to_yuy2(const uint8_t* luma, const uint8_t* chroma, uint8_t* d, uint32_t blocks,
+                                 const AdjustConstants& a) {
+        for (uint32_t i = 0; i < blocks; ++i, luma += 16, chroma += 16, d += 16) {
+            uint8_t y[8], u[4], v[4], unused[4];
+            V::split_yuy2(chroma, y, u, v, 8);
+            V::split_yuy2(luma, y, unused, unused, 8);
             if constexpr (Adjust::enabled) {
-                V::adjust(y0, y0, 8, a.luma_gain, a.luma_offset);
-                V::adjust(y1, y1, 8, a.luma_gain, a.luma_offset);
+                V::adjust(y, y, 8, a.luma_gain, a.luma_offset);
                 V::adjust(u, u, 4, a.chroma_gain, a.u_offset);
                 V::adjust(v, v, 4, a.chroma_gain, a.v_offset);
             }
-            V::join_yuy2(y0, u, v, d0, 8);
-            V::join_yuy2(y1, u, v, d1, 8);
+            V::join_yuy2(y, u, v, d, 8);
         }
     }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 namespace dispconv::simd {
 namespace {
@@ -32,6 +33,12 @@ void for_bytes(int n, Step&& step, Rest&& rest, int first = 0) {
     for (; n - i >= V::bytes; i += V::bytes) step.template operator()<V>(i);
     if constexpr (V::lanes > 1) return for_bytes<typename HalfOf<V>::type>(n, step, rest, i);
     if (i < n) rest(i);
+}
+
+// f.template operator()<k>() for each 128-bit lane k of V, in order.
+template <class V, class F>
+void for_lanes(F&& f) {
+    [&]<int... k>(std::integer_sequence<int, k...>) { (f.template operator()<k>(), ...); }(std::make_integer_sequence<int, V::lanes>{});
 }
 
 }  // namespace

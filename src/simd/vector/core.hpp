@@ -1,17 +1,106 @@
-// Run operations shared by every family, on vectors of any width.
+// Run operations shared by every family, on vectors of any width: adjust, average, YUY2 split
+// and join, YUV to RGB. A vector step of width W covers W luma samples (W / 16 blocks of 16
+// pixels, one per 128-bit lane); tails go through the narrower widths to the reference.
 #pragma once
 
+#include "simd/generic/arith.hpp"
+#include "simd/generic/tails.hpp"
+#include "simd/portable.hpp"
 #include "simd/vec.hpp"
-#include "simd/x86/sse2_load.hpp"
-#if defined(__AVX2__)
-#include "simd/x86/avx2_load.hpp"
-#endif
 
 namespace dispconv::simd {
 namespace {
 
+// Chroma bytes (low halves, as load_half_dealt gives them) as words repeated for each pixel of
+// their pair, adjusted and clamped when Adjust says so: lo for each lane's first 8 pixels.
+template <class Adjust, class V>
+void pixel_chroma(V c, V gain, V offset, V& lo, V& hi) {
+    const V z = V::zero(), pairs = unpacklo_u8(c, c);
+    lo = unpacklo_u8(pairs, z), hi = unpackhi_u8(pairs, z);
+    if constexpr (Adjust::enabled) lo = clamp_words(adjust_words(lo, gain, offset)), hi = clamp_words(adjust_words(hi, gain, offset));
+}
+// One vector of pixels placed by deal<pixel_group<Format>>, lumas as words, converted and
+// stored: the luma half of every RGB-writing row operation.
+template <class Format, class Adjust, class V>
+void store_luma_words(uint8_t* d, V y_lo, V y_hi, const ChromaVec<V>& c, const AdjustVec<V>& l,
+                      const Rgb16Vec<V>& layout) {
+    if constexpr (Adjust::enabled) {
+        y_lo = clamp_words(adjust_words(y_lo, l.luma_gain, l.luma_offset));
+        y_hi = clamp_words(adjust_words(y_hi, l.luma_gain, l.luma_offset));
+    }
+    store_rgb<Format>(d, luma_words_to_rgb(y_lo, y_hi, c), layout);
+}
+
+// The chroma terms of one vector of planar pixels placed by deal<pixel_group<Format>>.
+template <class Format, class Adjust, class V>
+ChromaVec<V> planar_chroma_terms(const uint8_t* u, const uint8_t* v, const AdjustVec<V>& l) {
+    constexpr int g = pixel_group<Format>;
+    V u_lo, u_hi, v_lo, v_hi;
+    pixel_chroma<Adjust>(V::template load_half_dealt<g>(u), l.chroma_gain, l.u_offset, u_lo, u_hi);
+    pixel_chroma<Adjust>(V::template load_half_dealt<g>(v), l.chroma_gain, l.v_offset, v_lo, v_hi);
+    return pixel_chroma_words(u_lo, u_hi, v_lo, v_hi);
+}
+
+// One vector of planar lumas converted with the chroma terms and stored.
+template <class Format, class Adjust, class V>
+void store_planar_rgb(uint8_t* d, const uint8_t* y, const ChromaVec<V>& c, const AdjustVec<V>& l,
+                      const Rgb16Vec<V>& layout) {
+    const V z = V::zero(), dealt = deal<pixel_group<Format>>(V::load(y));
+    store_luma_words<Format, Adjust>(d, unpacklo_u8(dealt, z), unpackhi_u8(dealt, z), c, l, layout);
+}
+
 template <class V>
-struct VectorCore : Sse2Core {};
+struct VectorCore : PortableCore {
+    static void adjust(const uint8_t* src, uint8_t* dst, int n, int16_t gain, int16_t offset) {
+        for_bytes<V>(
+            n,
+            [&]<class W>(int i) { W::store(dst + i, adjust_bytes(W::load(src + i), W::set1_i16(gain), W::set1_i16(offset))); },
+            [&](int i) { PortableCore::adjust(src + i, dst + i, n - i, gain, offset); });
+    }
+
+    static void average(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n) {
+        for_bytes<V>(
+            n, [&]<class W>(int i) { W::store(dst + i, average_u8(W::load(a + i), W::load(b + i))); },
+            [&](int i) { PortableCore::average(a + i, b + i, dst + i, n - i); });
+    }
+
+    static void split_yuy2(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int pixels) {
+        for_bytes<V>(
+            pixels,
+            [&]<class W>(int p) {
+                W first, second;
+                deal_pair<32>(W::load(src + 2 * p), W::load(src + 2 * p + W::bytes), first, second);
+                const Yuy2Planes<W> s = simd::split_yuy2(first, second);
+                W::store(y + p, s.y), store_low_halves(u + p / 2, s.u), store_low_halves(v + p / 2, s.v);
+            },
+            [&](int p) { PortableCore::split_yuy2(src + 2 * p, y + p, u + p / 2, v + p / 2, pixels - p); });
+    }
+
+    static void join_yuy2(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst, int pixels) {
+        for_bytes<V>(
+            pixels,
+            [&]<class W>(int p) {
+                W first, second;
+                simd::join_yuy2(W::load(y + p), W::load_half(u + p / 2), W::load_half(v + p / 2), first, second);
+                store_block_pairs(dst + 2 * p, first, second);
+            },
+            [&](int p) { PortableCore::join_yuy2(y + p, u + p / 2, v + p / 2, dst + 2 * p, pixels - p); });
+    }
+
+    template <class Format>
+    static void yuv_to_rgb_store(const uint8_t* y, const uint8_t* u, const uint8_t* v, int pixels, uint8_t* dst,
+                                 const Rgb16Layout& layout) {
+        constexpr int bpp = Format::bytes_per_pixel;
+        for_bytes<V>(
+            pixels,
+            [&]<class W>(int p) {
+                const AdjustVec<W> none{};
+                store_planar_rgb<Format, Plain>(dst + p * bpp, y + p, planar_chroma_terms<Format, Plain>(u + p / 2, v + p / 2, none),
+                                                none, rgb16_vec<W>(layout));
+            },
+            [&](int p) { PortableCore::yuv_to_rgb_store<Format>(y + p, u + p / 2, v + p / 2, pixels - p, dst + p * bpp, layout); });
+    }
+};
 
 }  // namespace
 }  // namespace dispconv::simd

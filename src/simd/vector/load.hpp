@@ -1,19 +1,179 @@
-// Row operations of the frame-loading kernels, on vectors of any width.
+// Row operations of the frame-loading kernels on vectors of any width: one pass over each
+// vector of pixels, nothing through memory. A row is walked in units of 16 bytes of its first
+// source (for_blocks), one unit per 128-bit lane; pixels bound for RGB are dealt to the lanes
+// as the destination format's stores want them (see pixel_group).
 #pragma once
 
+#include "simd/portable/load.hpp"
 #include "simd/vector/core.hpp"
 
 namespace dispconv::simd {
 namespace {
 
-template <class V, class Self>
-struct VectorLoad;
-template <class Self>
-struct VectorLoad<Vec<16>, Self> : Sse2LoadPrimitives, Sse2LoadRows<Self> {};
-#if defined(__AVX2__)
-template <class Self>
-struct VectorLoad<Vec<32>, Self> : Sse2LoadPrimitives, Avx2LoadRows<Self> {};
-#endif
+// Rounded averages of neighbouring byte pairs, as words.
+template <class V>
+V pair_averages(V x) {
+    return average_u16(x & low_bytes_mask<V>(), srli_i16<8>(x));
+}
+
+template <class V>
+struct VectorLoad : PortableLoad {
+    // One YUY2 row from the luma of one source row and the chroma of another: 8 pixels a unit.
+    template <class Adjust>
+    static void yuy2_row_to_yuy2(const uint8_t* luma, const uint8_t* chroma, uint8_t* d, uint32_t units,
+                                 const AdjustConstants& a) {
+        for_blocks<V>(units, [&]<class W>(uint32_t i) {
+            const W c = W::load(chroma + 16 * i), y = W::load(luma + 16 * i), m = low_bytes_mask<W>();
+            if constexpr (Adjust::enabled) {
+                const AdjustVec<W> l = adjust_vec<W>(a);
+                const W ca = clamp_words(adjust_words(srli_i16<8>(c), l.chroma_gain, l.uv_offset));
+                const W ya = clamp_words(adjust_words(y & m, l.luma_gain, l.luma_offset));
+                W::store(d + 16 * i, ya | slli_i16<8>(ca));
+            } else {
+                W::store(d + 16 * i, (y & m) | andnot(m, c));
+            }
+        });
+    }
+
+    // Two planar luma rows and one chroma row to RGB: 16 pixels a unit, the chroma terms once
+    // for both rows.
+    template <class Format, class Adjust>
+    static void planar_pair_to_rgb(const uint8_t* y0, const uint8_t* y1, const uint8_t* u, const uint8_t* v,
+                                   uint8_t* d0, uint8_t* d1, uint32_t units, const AdjustConstants& a,
+                                   const Rgb16Layout& layout) {
+        constexpr ptrdiff_t step = 16 * Format::bytes_per_pixel;
+        for_blocks<V>(units, [&]<class W>(uint32_t i) {
+            const AdjustVec<W> l = adjust_vec<W>(a);
+            const Rgb16Vec<W> lanes = rgb16_vec<W>(layout);
+            const ChromaVec<W> c = planar_chroma_terms<Format, Adjust, W>(u + 8 * i, v + 8 * i, l);
+            store_planar_rgb<Format, Adjust>(d0 + i * step, y0 + 16 * i, c, l, lanes);
+            store_planar_rgb<Format, Adjust>(d1 + i * step, y1 + 16 * i, c, l, lanes);
+        });
+    }
+
+    // Two packed rows to RGB: 16 pixels a unit; both rows take the first row's chroma.
+    template <class Format, class Adjust>
+    static void yuy2_pair_to_rgb(const uint8_t* s0, const uint8_t* s1, uint8_t* d0, uint8_t* d1, uint32_t units,
+                                 const AdjustConstants& a, const Rgb16Layout& layout) {
+        constexpr ptrdiff_t step = 16 * Format::bytes_per_pixel;
+        constexpr int g = 2 * pixel_group<Format>;  // bytes of packed pixels per dealt group
+        for_blocks<V>(units, [&]<class W>(uint32_t i) {
+            const AdjustVec<W> l = adjust_vec<W>(a);
+            const Rgb16Vec<W> lanes = rgb16_vec<W>(layout);
+            const W m = low_bytes_mask<W>();
+            W a0, b0, a1, b1;  // each lane's first and second 8 pixels, as (Y, chroma) words
+            deal_pair<g>(W::load(s0 + 32 * i), W::load(s0 + 32 * i + W::bytes), a0, b0);
+            deal_pair<g>(W::load(s1 + 32 * i), W::load(s1 + 32 * i + W::bytes), a1, b1);
+            W u, v;
+            if constexpr (has_byte_shuffle) {
+                // U at bytes 1, 5, 9, 13 of each lane, V at 3, 7, 11, 15.
+                static constexpr LaneTable us = lane_table([](int k) { return k < 4 ? 1 + 4 * k : -1; });
+                static constexpr LaneTable vs = lane_table([](int k) { return k < 4 ? 3 + 4 * k : -1; });
+                u = unpacklo_u32(shuffle_u8(a0, W::table(us)), shuffle_u8(b0, W::table(us)));
+                v = unpacklo_u32(shuffle_u8(a0, W::table(vs)), shuffle_u8(b0, W::table(vs)));
+            } else {
+                const Yuy2Planes<W> p = split_yuy2(a0, b0);
+                u = p.u, v = p.v;
+            }
+            W u_lo, u_hi, v_lo, v_hi;
+            pixel_chroma<Adjust>(u, l.chroma_gain, l.u_offset, u_lo, u_hi);
+            pixel_chroma<Adjust>(v, l.chroma_gain, l.v_offset, v_lo, v_hi);
+            const ChromaVec<W> c = pixel_chroma_words(u_lo, u_hi, v_lo, v_hi);
+            store_luma_words<Format, Adjust>(d0 + i * step, a0 & m, b0 & m, c, l, lanes);
+            store_luma_words<Format, Adjust>(d1 + i * step, a1 & m, b1 & m, c, l, lanes);
+        });
+    }
+
+    // Two planar luma rows and one chroma row to YUY2: 16 pixels a unit; on the second row the
+    // first 8 bytes of every unit are deliberately left unwritten.
+    static void planar_pair_to_yuy2_gapped(const uint8_t* y0, const uint8_t* y1, const uint8_t* u, const uint8_t* v,
+                                           uint8_t* d0, uint8_t* d1, uint32_t units) {
+        for_blocks<V>(units, [&]<class W>(uint32_t i) {
+            const W uu = W::load_half(u + 8 * i), vv = W::load_half(v + 8 * i);
+            W first, second;
+            join_yuy2(W::load(y0 + 16 * i), uu, vv, first, second);
+            store_block_pairs(d0 + 32 * i, first, second);
+            join_yuy2(W::load(y1 + 16 * i), uu, vv, first, second);
+            for_lanes<W>([&]<int k>() {
+                uint8_t* block = d1 + 32 * (i + k);
+                store_low_halves(block + 8, bsrli<8>(lane<k>(first)));
+                Vec<16>::store(block + 16, lane<k>(second));
+            });
+        });
+    }
+
+    // One planar row to YUY2, every sample adjusted: 16 pixels a unit.
+    static void planar_row_to_yuy2_adjusted(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* d,
+                                            uint32_t units, const AdjustConstants& a) {
+        for_blocks<V>(units, [&]<class W>(uint32_t i) {
+            const AdjustVec<W> l = adjust_vec<W>(a);
+            W first, second;
+            join_yuy2(adjust_bytes(W::load(y + 16 * i), l.luma_gain, l.luma_offset),
+                      adjust_bytes(W::load_half(u + 8 * i), l.chroma_gain, l.u_offset),
+                      adjust_bytes(W::load_half(v + 8 * i), l.chroma_gain, l.v_offset), first, second);
+            store_block_pairs(d + 32 * i, first, second);
+        });
+    }
+
+    // One luma row to YUY2 with adjusted luma and every chroma byte 128: 16 pixels a unit.
+    static void luma_row_to_grey_yuy2(const uint8_t* y, uint8_t* d, uint32_t units, const AdjustConstants& a) {
+        for_blocks<V>(units, [&]<class W>(uint32_t i) {
+            const AdjustVec<W> l = adjust_vec<W>(a);
+            const W ya = adjust_bytes(W::load(y + 16 * i), l.luma_gain, l.luma_offset), grey = W::set1_u8(128);
+            store_block_pairs(d + 32 * i, unpacklo_u8(ya, grey), unpackhi_u8(ya, grey));
+        });
+    }
+
+    // One planar row to half-width YUY2: neighbouring pairs averaged, then adjusted; each unit
+    // reads 16 pixels and writes 8.
+    static void planar_row_to_half_yuy2(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* d,
+                                        uint32_t units, const AdjustConstants& a) {
+        for_blocks<V>(units, [&]<class W>(uint32_t i) {
+            const AdjustVec<W> l = adjust_vec<W>(a);
+            const W z = W::zero();
+            const W ya = packus_i16(adjust_words(pair_averages(W::load(y + 16 * i)), l.luma_gain, l.luma_offset), z);
+            const W ua = packus_i16(adjust_words(pair_averages(W::load_half(u + 8 * i)), l.chroma_gain, l.u_offset), z);
+            const W va = packus_i16(adjust_words(pair_averages(W::load_half(v + 8 * i)), l.chroma_gain, l.v_offset), z);
+            W::store(d + 16 * i, unpacklo_u8(ya, unpacklo_u8(ua, va)));
+        });
+    }
+
+    // Out of 2 * out_count bytes, the odd ones (adjusted) or the pair averages.
+    static void keep_odd_adjusted(const uint8_t* src, uint8_t* dst, int out_count, int16_t gain, int16_t offset) {
+        from_pairs(src, dst, out_count, [&](auto x) {
+            using W = decltype(x);
+            return adjust_words(srli_i16<8>(x), W::set1_i16(gain), W::set1_i16(offset));
+        }, [&](int i) { Portable::keep_odd_adjusted(src + 2 * i, dst + i, out_count - i, gain, offset); });
+    }
+    static void keep_odd(const uint8_t* src, uint8_t* dst, int out_count) {
+        from_pairs(src, dst, out_count, [](auto x) { return srli_i16<8>(x); },
+                   [&](int i) { PortableLoad::keep_odd(src + 2 * i, dst + i, out_count - i); });
+    }
+    static void average_pairs(const uint8_t* src, uint8_t* dst, int out_count) {
+        from_pairs(src, dst, out_count, [](auto x) { return pair_averages(x); },
+                   [&](int i) { PortableLoad::average_pairs(src + 2 * i, dst + i, out_count - i); });
+    }
+
+  private:
+    // dst[i] from the byte pair src[2i], src[2i + 1]: `words` turns a vector of pairs into one
+    // word each. A last 8 outputs still go as one 128-bit step.
+    template <class Words, class Rest>
+    static void from_pairs(const uint8_t* src, uint8_t* dst, int out_count, Words words, Rest rest) {
+        for_bytes<V>(
+            out_count,
+            [&]<class W>(int i) {
+                W::store(dst + i, undeal<8>(packus_i16(words(W::load(src + 2 * i)), words(W::load(src + 2 * i + W::bytes)))));
+            },
+            [&](int i) {
+                if (out_count - i >= 8) {
+                    const Vec<16> w = words(Vec<16>::load(src + 2 * i));
+                    store_low_halves(dst + i, packus_i16(w, w));
+                    i += 8;
+                }
+                if (i < out_count) rest(i);
+            });
+    }
+};
 
 }  // namespace
 }  // namespace dispconv::simd

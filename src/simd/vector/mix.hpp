@@ -32,7 +32,7 @@ struct MixedBlocks {
     V y, u, v;
 };
 template <bool PairAverage, class V>
-MixedBlocks<V> mix_adjust_blocks(const MixRow& s, ptrdiff_t at, const AdjustLanes<V>& l) {
+MixedBlocks<V> mix_adjust_blocks(const MixRow& s, ptrdiff_t at, const AdjustVec<V>& l) {
     const V z = V::zero();
     const ptrdiff_t half = at / 2;
     auto chroma = [half, z](const uint8_t* p, const uint8_t* below) {  // as words
@@ -59,7 +59,7 @@ MixedBlocks<V> mix_adjust_blocks(const MixRow& s, ptrdiff_t at, const AdjustLane
 // lane, each chroma pair weighted by the alpha of its second output pixel. A run's first block
 // leaves its first chroma byte unread: the kernel never uses it.
 template <bool RunStart, class V>
-V mix_half_blocks(const MixRow& s, ptrdiff_t at, const AdjustLanes<V>& l) {
+V mix_half_blocks(const MixRow& s, ptrdiff_t at, const AdjustVec<V>& l) {
     const V z = V::zero();
     const ptrdiff_t half = at / 2;
     auto odd_chroma = [half](const uint8_t* p) {  // as words 0..3 of each lane
@@ -96,7 +96,7 @@ struct VectorMix {
         const AdjustConstants k = a;
         for_blocks<V>(blocks, [&]<class W>(uint32_t i) {
             const ptrdiff_t at = ptrdiff_t(i) * block;
-            store(at, mix_adjust_blocks<PairAverage>(s, at, adjust_lanes<W>(k)));
+            store(at, mix_adjust_blocks<PairAverage>(s, at, adjust_vec<W>(k)));
         });
     }
 
@@ -118,7 +118,7 @@ struct VectorMix {
         const Rgb16Layout lay = layout;
         mix_run<PairAverage>(row, blocks, a, [dst, &lay]<class W>(ptrdiff_t at, const MixedBlocks<W>& m) {
             store_rgb_blocks<Format>(dst + at * Format::bytes_per_pixel, luma_to_rgb(m.y, chroma_words(m.u, m.v)),
-                                     rgb16_lanes<W>(lay));
+                                     rgb16_vec<W>(lay));
         });
     }
 
@@ -127,10 +127,10 @@ struct VectorMix {
     static void mix_half_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
         const MixRow s = row;
         const AdjustConstants k = a;
-        Vec<16>::store(dst, mix_half_blocks<true>(s, 0, adjust_lanes<Vec<16>>(k)));
+        Vec<16>::store(dst, mix_half_blocks<true>(s, 0, adjust_vec<Vec<16>>(k)));
         for_blocks<V>(blocks, [&]<class W>(uint32_t i) {
             const ptrdiff_t at = ptrdiff_t(i) * block;
-            W::store(dst + at, mix_half_blocks<false>(s, at, adjust_lanes<W>(k)));
+            W::store(dst + at, mix_half_blocks<false>(s, at, adjust_vec<W>(k)));
         }, 1);
     }
 

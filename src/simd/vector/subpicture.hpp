@@ -125,9 +125,7 @@ struct VectorSubpicture {
                 store_low_halves(y + 8 * (i + k), lane<k>(yb));
                 store_low_u32(u + 4 * (i + k), uvk), store_low_u32(v + 4 * (i + k), bsrli<4>(uvk));
             };
-            [&]<int... k>(std::integer_sequence<int, k...>) {
-                (store.template operator()<k>(), ...);
-            }(std::make_integer_sequence<int, W::lanes>{});
+            for_lanes<W>(store);
         });
     }
 
@@ -146,25 +144,25 @@ struct VectorSubpicture {
         for_blocks<V>(blocks, [&]<class W>(uint32_t i) {
             W y = W::load(sub_y + 16 * i), u = W::load_half(sub_u + 8 * i), v = W::load_half(sub_v + 8 * i);
             if constexpr (Adjust::enabled) {
-                const AdjustLanes<W> l = adjust_lanes<W>(k);
+                const AdjustVec<W> l = adjust_vec<W>(k);
                 y = adjust_bytes(y, l.luma_gain, l.luma_offset);
                 u = adjust_bytes(u, l.chroma_gain, l.u_offset);
                 v = adjust_bytes(v, l.chroma_gain, l.v_offset);
             }
-            Rgb<W> c = luma_to_rgb(y, chroma_words(u, v));
+            RgbVec<W> c = luma_to_rgb(y, chroma_words(u, v));
             const W op = W::load(opacity + 16 * i), z = W::zero();
             const W is_key = cmpeq_u8(op, z), keep = cmpgt_i8(op, z);
             uint8_t* d = image + 16 * i * bpp;
             if constexpr (bpp == 2) {  // the key is a whole 16-bit pixel
                 const W key_word = W::set1_i16(int16_t(kb | kg << 8));
-                const Rgb16Words<W> w = pack_rgb16(c, rgb16_lanes<W>(lay));
+                const Rgb16Pair<W> w = pack_rgb16(c, rgb16_vec<W>(lay));
                 store_block_pairs(d, (w.lo & unpacklo_u8(keep, keep)) | (key_word & unpacklo_u8(is_key, is_key)),
                                   (w.hi & unpackhi_u8(keep, keep)) | (key_word & unpackhi_u8(is_key, is_key)));
             } else {
                 c.b = (c.b & keep) | (W::set1_u8(kb) & is_key);
                 c.g = (c.g & keep) | (W::set1_u8(kg) & is_key);
                 c.r = (c.r & keep) | (W::set1_u8(kr) & is_key);
-                store_rgb_blocks<Format>(d, c, Rgb16Lanes<W>{});
+                store_rgb_blocks<Format>(d, c, Rgb16Vec<W>{});
             }
         });
     }
@@ -227,8 +225,8 @@ struct VectorSubpicture {
             const W z = W::zero(), a = W::load(src + i);
             uint8_t* d = dst + step * i;
             if constexpr (step == 2) store_block_pairs(d, unpacklo_u8(a, z), unpackhi_u8(a, z));
-            else if constexpr (step == 3) store_rgb_blocks<Rgb24>(d, Rgb<W>{z, z, a}, Rgb16Lanes<W>{});
-            else store_rgb_blocks<Rgb32>(d, Rgb<W>{z, z, a}, Rgb16Lanes<W>{});
+            else if constexpr (step == 3) store_rgb_blocks<Rgb24>(d, RgbVec<W>{z, z, a}, Rgb16Vec<W>{});
+            else store_rgb_blocks<Rgb32>(d, RgbVec<W>{z, z, a}, Rgb16Vec<W>{});
         }, [&](int i) { PortableSubpicture::spread_bytes<step>(src + i, dst + step * i, n - i); });
     }
 

@@ -12,7 +12,7 @@ namespace dispconv::simd {
 namespace {
 
 template <class V, class Self>
-struct VectorVocabulary : VectorCore<V>, VectorLoad<V, Self>, VectorStretch<V>, VectorSubpicture<V>, VectorMix<V> {};
+struct VectorVocabulary : VectorCore<V>, VectorLoad<V>, VectorStretch<V>, VectorSubpicture<V>, VectorMix<V> {};
 
 }  // namespace
 }  // namespace dispconv::simd

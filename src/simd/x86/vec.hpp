@@ -59,6 +59,9 @@ constexpr LaneTable lane_table(F byte_at) {
         /* The half-width run that goes with a full vector (chroma beside luma): lane k takes bytes  */ \
         /* 8k .. 8k + 7 in its low half; the high half is unspecified. */                               \
         static Vec load_half(const void* p);                                                            \
+        /* The half-width run dealt as the full vector it goes with would be by deal<G>. */            \
+        template <int G>                                                                                \
+        static Vec load_half_dealt(const void* p);                                                      \
     };                                                                                                  \
     inline Vec<W> operator&(Vec<W> a, Vec<W> b) { return {P##and_##SI(a.r, b.r)}; }                    \
     inline Vec<W> operator|(Vec<W> a, Vec<W> b) { return {P##or_##SI(a.r, b.r)}; }                     \
@@ -161,9 +164,8 @@ inline Vec<16> alignr(Vec<16> hi, Vec<16> lo) { return {_mm_alignr_epi8(hi.r, lo
 // every lane's output is a run of the row. One lane: nothing moves.
 template <int G>
 inline Vec<16> deal(Vec<16> v) { return v; }
-// The half-width run dealt as the full vector it goes with would be with deal<G> (group G / 2).
 template <int G>
-inline Vec<16> load_half_dealt(const void* p) { return Vec<16>::load_half(p); }
+inline Vec<16> Vec<16>::load_half_dealt(const void* p) { return load_half(p); }
 // Two vectors whose lane k holds the two 16-byte halves of block k, stored as consecutive
 // blocks of 32 bytes.
 inline void store_block_pairs(uint8_t* d, Vec<16> first, Vec<16> second) {
@@ -176,6 +178,12 @@ inline void store_block_triples(uint8_t* d, Vec<16> a, Vec<16> b, Vec<16> c) {
 }
 // Lane k's low 8 bytes stored at d + 8k.
 inline void store_low_halves(uint8_t* d, Vec<16> v) { _mm_storel_epi64(reinterpret_cast<__m128i*>(d), v.r); }
+// The inverse of deal<G>.
+template <int G>
+inline Vec<16> undeal(Vec<16> v) { return v; }
+// The 128-bit lane k.
+template <int k>
+inline Vec<16> lane(Vec<16> v) { return v; }
 // Two consecutive vectors of a row (a first) dealt as one vector of twice the width would be
 // with deal<G>: lo takes each lane's first half of that, hi the second.
 template <int G>
@@ -199,7 +207,7 @@ inline Vec<32> deal(Vec<32> v) {
     else return v;
 }
 template <int G>
-inline Vec<32> load_half_dealt(const void* p) {
+inline Vec<32> Vec<32>::load_half_dealt(const void* p) {
     __m128i c = _mm_loadu_si128(static_cast<const __m128i*>(p));
     if constexpr (G == 4) c = _mm_shuffle_epi8(c, _mm_setr_epi8(0, 1, 4, 5, 8, 9, 12, 13, 2, 3, 6, 7, 10, 11, 14, 15));
     else if constexpr (G == 8) c = _mm_shuffle_epi32(c, 0xD8);
@@ -222,6 +230,16 @@ inline void deal_pair(Vec<32> a, Vec<32> b, Vec<32>& lo, Vec<32>& hi) {
         lo = deal<G>(a), hi = deal<G>(b);
     }
 }
+template <int G>
+inline Vec<32> undeal(Vec<32> v) {
+    if constexpr (G == 4) return {_mm256_permutevar8x32_epi32(v.r, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7))};
+    else return deal<G>(v);  // swapping the middle 64-bit quarters undoes itself
+}
+template <int k>
+inline Vec<16> lane(Vec<32> v) {
+    if constexpr (k == 0) return {_mm256_castsi256_si128(v.r)};
+    else return {_mm256_extracti128_si256(v.r, k)};
+}
 inline void store_low_halves(uint8_t* d, Vec<32> v) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm256_castsi256_si128(_mm256_permute4x64_epi64(v.r, 0x08)));
 }
@@ -236,9 +254,6 @@ template <class V>
 V load_lanes(const void* p, ptrdiff_t stride);
 template <>
 inline Vec<16> load_lanes<Vec<16>>(const void* p, ptrdiff_t) { return Vec<16>::load(p); }
-// Lane k as a 128-bit vector.
-template <int k>
-inline Vec<16> lane(Vec<16> v) { return v; }
 // Lane by lane, 32-bit words 0 and 2 of a then of b (even) or words 1 and 3 (odd).
 inline Vec<16> even_u32(Vec<16> a, Vec<16> b) {
     return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.r), _mm_castsi128_ps(b.r), 0x88))};
@@ -261,8 +276,6 @@ inline Vec<32> load_lanes<Vec<32>>(const void* p, ptrdiff_t stride) {
     const auto* b = static_cast<const uint8_t*>(p);
     return {_mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(b + stride), reinterpret_cast<const __m128i*>(b))};
 }
-template <int k>
-inline Vec<16> lane(Vec<32> v) { return {_mm256_extracti128_si256(v.r, k)}; }
 inline Vec<32> even_u32(Vec<32> a, Vec<32> b) {
     return {_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a.r), _mm256_castsi256_ps(b.r), 0x88))};
 }

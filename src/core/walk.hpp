@@ -1,4 +1,5 @@
-// Pieces shared by the frame-loading walks.
+// Pieces shared by the walks of every family: adjust snapshots, the 16-bit layout of a
+// destination, the row steps of pull-back and drifting kernels.
 #pragma once
 
 #include <cstddef>
