@@ -146,8 +146,11 @@ struct VectorSubpicture {
             if constexpr (Adjust::enabled) {
                 const AdjustVec<W> l = adjust_vec<W>(k);
                 y = adjust_bytes(y, l.luma_gain, l.luma_offset);
-                u = adjust_bytes(u, l.chroma_gain, l.u_offset);
-                v = adjust_bytes(v, l.chroma_gain, l.v_offset);
+                // Chroma as words: only the low half of each lane holds samples.
+                const W z = W::zero();
+                const W uw = adjust_words(unpacklo_u8(u, z), l.chroma_gain, l.u_offset);
+                const W vw = adjust_words(unpacklo_u8(v, z), l.chroma_gain, l.v_offset);
+                u = packus_i16(uw, uw), v = packus_i16(vw, vw);
             }
             RgbVec<W> c = luma_to_rgb(y, chroma_words(u, v));
             const W op = W::load(opacity + 16 * i), z = W::zero();
