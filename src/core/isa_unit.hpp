@@ -35,6 +35,20 @@ namespace {
 using Vocab = simd::Avx2;
 }  // namespace
 }  // namespace dispconv
+#elif defined(DISPCONV_UNIT_AVX512)
+#include "simd/x86/avx512.hpp"
+namespace dispconv {
+namespace {
+using Vocab = simd::Avx512;
+}  // namespace
+}  // namespace dispconv
+#elif defined(DISPCONV_UNIT_NEON)
+#include "simd/neon/neon.hpp"
+namespace dispconv {
+namespace {
+using Vocab = simd::Neon;
+}  // namespace
+}  // namespace dispconv
 #else
 #error "no vocabulary for this instruction set"
 #endif

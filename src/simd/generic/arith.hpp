@@ -9,6 +9,7 @@
 
 #include "core/adjust.hpp"
 #include "core/rgb16.hpp"
+#include "simd/vec.hpp"
 
 namespace dispconv::simd {
 namespace {

@@ -57,7 +57,7 @@ V widen_rgb24(V p) {
 // A bit per lane: set where the lane's 16 compared bytes were all equal.
 template <class V>
 uint32_t equal_lanes(V eq) {
-    const uint32_t m = movemask_u8(eq);
+    const uint64_t m = movemask_u8(eq);
     uint32_t lanes = 0;
     for (int k = 0; k < V::lanes; ++k) lanes |= uint32_t((m >> (16 * k) & 0xFFFF) == 0xFFFF) << k;
     return lanes;

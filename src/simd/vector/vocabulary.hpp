@@ -5,13 +5,15 @@
 #include "simd/vector/core.hpp"
 #include "simd/vector/load.hpp"
 #include "simd/vector/mix.hpp"
-#include "simd/vector/stretch.hpp"
 #include "simd/vector/subpicture.hpp"
+// After the families still on their x86 headers, which name those headers' building blocks
+// unqualified where the shared arithmetic has the same names.
+#include "simd/vector/stretch.hpp"
 
 namespace dispconv::simd {
 namespace {
 
-template <class V, class Self>
+template <class V>
 struct VectorVocabulary : VectorCore<V>, VectorLoad<V>, VectorStretch<V>, VectorSubpicture<V>, VectorMix<V> {};
 
 }  // namespace

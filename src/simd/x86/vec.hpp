@@ -53,7 +53,7 @@ constexpr LaneTable lane_table(F byte_at) {
         static Vec set1_u8(uint8_t x) { return {P##set1_epi8(static_cast<char>(x))}; }                 \
         static Vec set1_i16(int16_t x) { return {P##set1_epi16(x)}; }                                   \
         static Vec set1_i32(int32_t x) { return {P##set1_epi32(x)}; }                                   \
-        static Vec set1_i64(int64_t x) { return {P##set1_epi64x(x)}; }                                  \
+        static Vec set1_i64(int64_t x);                                                                 \
         /* The 16 bytes of a lane table in every lane. */                                              \
         static Vec table(const LaneTable& t);                                                           \
         /* The half-width run that goes with a full vector (chroma beside luma): lane k takes bytes  */ \
@@ -73,8 +73,6 @@ constexpr LaneTable lane_table(F byte_at) {
     inline Vec<W> subs_u8(Vec<W> a, Vec<W> b) { return {P##subs_epu8(a.r, b.r)}; }                     \
     inline Vec<W> min_u8(Vec<W> a, Vec<W> b) { return {P##min_epu8(a.r, b.r)}; }                       \
     inline Vec<W> max_u8(Vec<W> a, Vec<W> b) { return {P##max_epu8(a.r, b.r)}; }                       \
-    inline Vec<W> cmpeq_u8(Vec<W> a, Vec<W> b) { return {P##cmpeq_epi8(a.r, b.r)}; }                   \
-    inline Vec<W> cmpgt_i8(Vec<W> a, Vec<W> b) { return {P##cmpgt_epi8(a.r, b.r)}; }                   \
     inline Vec<W> add_i16(Vec<W> a, Vec<W> b) { return {P##add_epi16(a.r, b.r)}; }                     \
     inline Vec<W> sub_i16(Vec<W> a, Vec<W> b) { return {P##sub_epi16(a.r, b.r)}; }                     \
     inline Vec<W> adds_i16(Vec<W> a, Vec<W> b) { return {P##adds_epi16(a.r, b.r)}; }                   \
@@ -84,12 +82,9 @@ constexpr LaneTable lane_table(F byte_at) {
     inline Vec<W> average_u16(Vec<W> a, Vec<W> b) { return {P##avg_epu16(a.r, b.r)}; }                     \
     inline Vec<W> min_i16(Vec<W> a, Vec<W> b) { return {P##min_epi16(a.r, b.r)}; }                     \
     inline Vec<W> max_i16(Vec<W> a, Vec<W> b) { return {P##max_epi16(a.r, b.r)}; }                     \
-    inline Vec<W> cmpeq_i16(Vec<W> a, Vec<W> b) { return {P##cmpeq_epi16(a.r, b.r)}; }                 \
-    inline Vec<W> cmpgt_i16(Vec<W> a, Vec<W> b) { return {P##cmpgt_epi16(a.r, b.r)}; }                 \
     /* Pairs of 16-bit products summed into 32 bits. */                                                \
     inline Vec<W> madd_i16(Vec<W> a, Vec<W> b) { return {P##madd_epi16(a.r, b.r)}; }                   \
     inline Vec<W> add_i32(Vec<W> a, Vec<W> b) { return {P##add_epi32(a.r, b.r)}; }                     \
-    inline Vec<W> cmpeq_i32(Vec<W> a, Vec<W> b) { return {P##cmpeq_epi32(a.r, b.r)}; }                 \
     template <int n>                                                                                    \
     inline Vec<W> slli_i16(Vec<W> a) { return {P##slli_epi16(a.r, n)}; }                               \
     template <int n>                                                                                    \
@@ -109,11 +104,6 @@ constexpr LaneTable lane_table(F byte_at) {
     /* Shifts by a count known only at run time. */                                                    \
     inline Vec<W> sll_i16(Vec<W> a, int n) { return {P##sll_epi16(a.r, _mm_cvtsi32_si128(n))}; }      \
     inline Vec<W> srl_i16(Vec<W> a, int n) { return {P##srl_epi16(a.r, _mm_cvtsi32_si128(n))}; }      \
-    /* Bytes of each lane moved down (srli) or up (slli), zeros shifted in. */                          \
-    template <int n>                                                                                    \
-    inline Vec<W> bsrli(Vec<W> a) { return {P##srli_##SI(a.r, n)}; }                                  \
-    template <int n>                                                                                    \
-    inline Vec<W> bslli(Vec<W> a) { return {P##slli_##SI(a.r, n)}; }                                  \
     inline Vec<W> packus_i16(Vec<W> a, Vec<W> b) { return {P##packus_epi16(a.r, b.r)}; }               \
     inline Vec<W> packs_i32(Vec<W> a, Vec<W> b) { return {P##packs_epi32(a.r, b.r)}; }                 \
     inline Vec<W> unpacklo_u8(Vec<W> a, Vec<W> b) { return {P##unpacklo_epi8(a.r, b.r)}; }             \
@@ -125,19 +115,54 @@ constexpr LaneTable lane_table(F byte_at) {
     inline Vec<W> unpacklo_u64(Vec<W> a, Vec<W> b) { return {P##unpacklo_epi64(a.r, b.r)}; }           \
     inline Vec<W> unpackhi_u64(Vec<W> a, Vec<W> b) { return {P##unpackhi_epi64(a.r, b.r)}; }           \
     template <int imm>                                                                                  \
-    inline Vec<W> shuffle_u32(Vec<W> a) { return {P##shuffle_epi32(a.r, imm)}; }                       \
-    template <int imm>                                                                                  \
     inline Vec<W> shufflelo_u16(Vec<W> a) { return {P##shufflelo_epi16(a.r, imm)}; }                   \
     template <int imm>                                                                                  \
     inline Vec<W> shufflehi_u16(Vec<W> a) { return {P##shufflehi_epi16(a.r, imm)}; }                   \
+
+
+// Compares give all-ones lanes; AVX-512 spells these with masks (below).
+#define DISPCONV_X86_VEC_COMPARES(W, P, SI)                                                             \
+    inline Vec<W> cmpeq_u8(Vec<W> a, Vec<W> b) { return {P##cmpeq_epi8(a.r, b.r)}; }                   \
+    inline Vec<W> cmpgt_i8(Vec<W> a, Vec<W> b) { return {P##cmpgt_epi8(a.r, b.r)}; }                   \
+    inline Vec<W> cmpeq_i16(Vec<W> a, Vec<W> b) { return {P##cmpeq_epi16(a.r, b.r)}; }                 \
+    inline Vec<W> cmpgt_i16(Vec<W> a, Vec<W> b) { return {P##cmpgt_epi16(a.r, b.r)}; }                 \
+    inline Vec<W> cmpeq_i32(Vec<W> a, Vec<W> b) { return {P##cmpeq_epi32(a.r, b.r)}; }                 \
+    /* Bytes of each lane moved down (srli) or up (slli), zeros shifted in. */                          \
+    template <int n>                                                                                    \
+    inline Vec<W> bsrli(Vec<W> a) { return {P##srli_##SI(a.r, n)}; }                                  \
+    template <int n>                                                                                    \
+    inline Vec<W> bslli(Vec<W> a) { return {P##slli_##SI(a.r, n)}; }                                  \
+    template <int imm>                                                                                  \
+    inline Vec<W> shuffle_u32(Vec<W> a) { return {P##shuffle_epi32(a.r, imm)}; }                       \
+    inline Vec<W> Vec<W>::set1_i64(int64_t x) { return {P##set1_epi64x(x)}; }                           \
     /* One bit per byte: the top bit of each. */                                                        \
-    inline uint32_t movemask_u8(Vec<W> a) { return static_cast<uint32_t>(P##movemask_epi8(a.r)); }
+    inline uint64_t movemask_u8(Vec<W> a) { return static_cast<uint32_t>(P##movemask_epi8(a.r)); }
 
 DISPCONV_X86_VEC(16, __m128i, _mm_, si128)
+DISPCONV_X86_VEC_COMPARES(16, _mm_, si128)
 #if defined(__AVX2__)
 DISPCONV_X86_VEC(32, __m256i, _mm256_, si256)
+DISPCONV_X86_VEC_COMPARES(32, _mm256_, si256)
+#endif
+#if defined(__AVX512BW__)
+DISPCONV_X86_VEC(64, __m512i, _mm512_, si512)
+inline Vec<64> cmpeq_u8(Vec<64> a, Vec<64> b) { return {_mm512_movm_epi8(_mm512_cmpeq_epi8_mask(a.r, b.r))}; }
+inline Vec<64> cmpgt_i8(Vec<64> a, Vec<64> b) { return {_mm512_movm_epi8(_mm512_cmpgt_epi8_mask(a.r, b.r))}; }
+inline Vec<64> cmpeq_i16(Vec<64> a, Vec<64> b) { return {_mm512_movm_epi16(_mm512_cmpeq_epi16_mask(a.r, b.r))}; }
+inline Vec<64> cmpgt_i16(Vec<64> a, Vec<64> b) { return {_mm512_movm_epi16(_mm512_cmpgt_epi16_mask(a.r, b.r))}; }
+// Without AVX512DQ (no movm for 32-bit lanes): all ones set under the mask.
+inline Vec<64> cmpeq_i32(Vec<64> a, Vec<64> b) { return {_mm512_maskz_set1_epi32(_mm512_cmpeq_epi32_mask(a.r, b.r), -1)}; }
+template <int n>
+inline Vec<64> bsrli(Vec<64> a) { return {_mm512_bsrli_epi128(a.r, n)}; }
+template <int n>
+inline Vec<64> bslli(Vec<64> a) { return {_mm512_bslli_epi128(a.r, n)}; }
+template <int imm>
+inline Vec<64> shuffle_u32(Vec<64> a) { return {_mm512_shuffle_epi32(a.r, static_cast<_MM_PERM_ENUM>(imm))}; }
+inline Vec<64> Vec<64>::set1_i64(int64_t x) { return {_mm512_set1_epi64(x)}; }
+inline uint64_t movemask_u8(Vec<64> a) { return _mm512_movepi8_mask(a.r); }
 #endif
 #undef DISPCONV_X86_VEC
+#undef DISPCONV_X86_VEC_COMPARES
 
 inline Vec<16> Vec<16>::table(const LaneTable& t) { return load(t.bytes); }
 inline Vec<16> Vec<16>::load_half(const void* p) { return {_mm_loadl_epi64(static_cast<const __m128i*>(p))}; }
@@ -188,6 +213,9 @@ inline Vec<16> lane(Vec<16> v) { return v; }
 // with deal<G>: lo takes each lane's first half of that, hi the second.
 template <int G>
 inline void deal_pair(Vec<16> a, Vec<16> b, Vec<16>& lo, Vec<16>& hi) { lo = a, hi = b; }
+// Lanes of lo and hi taken in turn (lo's lane 0, hi's lane 0, lo's lane 1 ...) as two vectors
+// of a row: what store_block_pairs stores, kept in registers.
+inline void interleave_lanes(Vec<16> lo, Vec<16> hi, Vec<16>& first, Vec<16>& second) { first = lo, second = hi; }
 
 #if defined(__AVX2__)
 inline Vec<32> Vec<32>::table(const LaneTable& t) {
@@ -240,12 +268,124 @@ inline Vec<16> lane(Vec<32> v) {
     if constexpr (k == 0) return {_mm256_castsi256_si128(v.r)};
     else return {_mm256_extracti128_si256(v.r, k)};
 }
+inline void interleave_lanes(Vec<32> lo, Vec<32> hi, Vec<32>& first, Vec<32>& second) {
+    first = {_mm256_permute2x128_si256(lo.r, hi.r, 0x20)}, second = {_mm256_permute2x128_si256(lo.r, hi.r, 0x31)};
+}
 inline void store_low_halves(uint8_t* d, Vec<32> v) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm256_castsi256_si128(_mm256_permute4x64_epi64(v.r, 0x08)));
 }
 #endif
 
+#if defined(__AVX512BW__)
+// 512 bits: four lanes; the deals and block stores are single permutes where AVX2 needs one
+// per pair of lanes.
+inline Vec<64> Vec<64>::table(const LaneTable& t) {
+    return {_mm512_broadcast_i32x4(_mm_load_si128(reinterpret_cast<const __m128i*>(t.bytes)))};
+}
+inline Vec<64> Vec<64>::load_half(const void* p) {
+    return {_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 0, 1, 1, 2, 2, 3, 3),
+                                     _mm512_castsi256_si512(_mm256_loadu_si256(static_cast<const __m256i*>(p))))};
+}
+template <int G>
+inline Vec<64> Vec<64>::load_half_dealt(const void* p) {
+    const __m512i c = _mm512_castsi256_si512(_mm256_loadu_si256(static_cast<const __m256i*>(p)));
+    if constexpr (G == 4)  // lane k: 2-byte groups k, k + 4, k + 8, k + 12
+        return {_mm512_permutexvar_epi16(_mm512_set_epi16(0, 0, 0, 0, 15, 11, 7, 3, 0, 0, 0, 0, 14, 10, 6, 2,
+                                                          0, 0, 0, 0, 13, 9, 5, 1, 0, 0, 0, 0, 12, 8, 4, 0), c)};
+    else if constexpr (G == 8)  // lane k: 4-byte groups k, k + 4
+        return {_mm512_permutexvar_epi32(_mm512_setr_epi32(0, 4, 0, 0, 1, 5, 0, 0, 2, 6, 0, 0, 3, 7, 0, 0), c)};
+    else
+        return load_half(p);
+}
+inline Vec<64> blend_u8(Vec<64> a, Vec<64> b, Vec<64> mask) {
+    return {_mm512_mask_blend_epi8(_mm512_movepi8_mask(mask.r), a.r, b.r)};
+}
+inline Vec<64> shuffle_u8(Vec<64> a, Vec<64> control) { return {_mm512_shuffle_epi8(a.r, control.r)}; }
+template <int n>
+inline Vec<64> alignr(Vec<64> hi, Vec<64> lo) { return {_mm512_alignr_epi8(hi.r, lo.r, n)}; }
+template <int G>
+inline Vec<64> deal(Vec<64> v) {
+    if constexpr (G == 4)
+        return {_mm512_permutexvar_epi32(_mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15), v.r)};
+    else if constexpr (G == 8)
+        return {_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7), v.r)};
+    else
+        return v;
+}
+template <int G>
+inline Vec<64> undeal(Vec<64> v) {
+    if constexpr (G == 4)
+        return {_mm512_permutexvar_epi32(_mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15), v.r)};
+    else if constexpr (G == 8)
+        return {_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), v.r)};
+    else
+        return v;
+}
+template <int k>
+inline Vec<16> lane(Vec<64> v) {
+    return {_mm512_extracti32x4_epi32(v.r, k)};
+}
+inline void interleave_lanes(Vec<64> lo, Vec<64> hi, Vec<64>& first, Vec<64>& second) {
+    first = {_mm512_permutex2var_epi64(lo.r, _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11), hi.r)};
+    second = {_mm512_permutex2var_epi64(lo.r, _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15), hi.r)};
+}
+inline void store_block_pairs(uint8_t* d, Vec<64> first, Vec<64> second) {
+    Vec<64> a, b;
+    interleave_lanes(first, second, a, b);
+    Vec<64>::store(d, a), Vec<64>::store(d + 64, b);
+}
+inline void store_block_triples(uint8_t* d, Vec<64> a, Vec<64> b, Vec<64> c) {
+    auto two = [](__m512i x, __m512i y, __m512i idx) { return _mm512_permutex2var_epi64(x, idx, y); };
+    const __m512i v0 = two(two(a.r, b.r, _mm512_setr_epi64(0, 1, 8, 9, 0, 0, 2, 3)), c.r, _mm512_setr_epi64(0, 1, 2, 3, 8, 9, 6, 7));
+    const __m512i v1 = two(two(b.r, c.r, _mm512_setr_epi64(2, 3, 10, 11, 0, 0, 4, 5)), a.r, _mm512_setr_epi64(0, 1, 2, 3, 12, 13, 6, 7));
+    const __m512i v2 = two(two(a.r, b.r, _mm512_setr_epi64(6, 7, 14, 15, 6, 7, 14, 15)), c.r, _mm512_setr_epi64(12, 13, 0, 1, 2, 3, 14, 15));
+    _mm512_storeu_si512(d, v0), _mm512_storeu_si512(d + 64, v1), _mm512_storeu_si512(d + 128, v2);
+}
+template <int G>
+inline void deal_pair(Vec<64> a, Vec<64> b, Vec<64>& lo, Vec<64>& hi) {
+    if constexpr (G == 32) {
+        lo = {_mm512_shuffle_i64x2(a.r, b.r, _MM_SHUFFLE(2, 0, 2, 0))}, hi = {_mm512_shuffle_i64x2(a.r, b.r, _MM_SHUFFLE(3, 1, 3, 1))};
+    } else {
+        lo = deal<G>(a), hi = deal<G>(b);
+    }
+}
+inline void store_low_halves(uint8_t* d, Vec<64> v) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d),
+                        _mm512_castsi512_si256(_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), v.r)));
+}
+#endif
+
 // Primitives first needed by the stretch operations.
+
+// The vector one lane further along the run a, b: lane k holds a's lane k + 1, the top lane
+// b's lane 0. One lane: b.
+inline Vec<16> next_lanes(Vec<16>, Vec<16> b) { return b; }
+// Lane k loads the 16 bytes at p + 8k (overlapping windows of a row).
+template <class V>
+V load_staggered(const void* p);
+template <>
+inline Vec<16> load_staggered<Vec<16>>(const void* p) { return Vec<16>::load(p); }
+#if defined(__AVX2__)
+inline Vec<32> next_lanes(Vec<32> a, Vec<32> b) { return {_mm256_permute2x128_si256(a.r, b.r, 0x21)}; }
+template <>
+inline Vec<32> load_staggered<Vec<32>>(const void* p) {
+    const auto* q = static_cast<const uint8_t*>(p);
+    return {_mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(q + 8), reinterpret_cast<const __m128i*>(q))};
+}
+#endif
+#if defined(__AVX512BW__)
+inline Vec<64> next_lanes(Vec<64> a, Vec<64> b) {
+    return {_mm512_permutex2var_epi64(a.r, _mm512_setr_epi64(2, 3, 4, 5, 6, 7, 8, 9), b.r)};
+}
+template <>
+inline Vec<64> load_staggered<Vec<64>>(const void* p) {
+    const auto* q = static_cast<const uint8_t*>(p);
+    const __m512i first = _mm512_castsi256_si512(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(q)));
+    const __m512i all = _mm512_inserti64x4(first, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(q + 8)), 1);
+    // lanes: q[0..15], q[8..23], q[16..31], q[24..39]
+    return {_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 1, 1, 2, 2, 3, 6, 7), all)};
+}
+#endif
 
 // Primitives first needed by the sub-picture operations.
 
@@ -283,6 +423,22 @@ inline Vec<32> odd_u32(Vec<32> a, Vec<32> b) {
     return {_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a.r), _mm256_castsi256_ps(b.r), 0xDD))};
 }
 #endif
+#if defined(__AVX512BW__)
+template <>
+inline Vec<64> load_lanes<Vec<64>>(const void* p, ptrdiff_t stride) {
+    const auto* b = static_cast<const uint8_t*>(p);
+    auto at = [&](int k) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + k * stride)); };
+    __m512i v = _mm512_castsi128_si512(at(0));
+    v = _mm512_inserti32x4(v, at(1), 1), v = _mm512_inserti32x4(v, at(2), 2);
+    return {_mm512_inserti32x4(v, at(3), 3)};
+}
+inline Vec<64> even_u32(Vec<64> a, Vec<64> b) {
+    return {_mm512_castps_si512(_mm512_shuffle_ps(_mm512_castsi512_ps(a.r), _mm512_castsi512_ps(b.r), 0x88))};
+}
+inline Vec<64> odd_u32(Vec<64> a, Vec<64> b) {
+    return {_mm512_castps_si512(_mm512_shuffle_ps(_mm512_castsi512_ps(a.r), _mm512_castsi512_ps(b.r), 0xDD))};
+}
+#endif
 
 // Primitives first needed by the mix operations.
 
@@ -297,6 +453,17 @@ inline void store_block_quads(uint8_t* d, Vec<32> a, Vec<32> b, Vec<32> c, Vec<3
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 32), _mm256_permute2x128_si256(c.r, e.r, 0x20));
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 64), _mm256_permute2x128_si256(a.r, b.r, 0x31));
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 96), _mm256_permute2x128_si256(c.r, e.r, 0x31));
+}
+#endif
+#if defined(__AVX512BW__)
+inline void store_block_quads(uint8_t* d, Vec<64> a, Vec<64> b, Vec<64> c, Vec<64> e) {
+    // A 4 x 4 transpose of 128-bit lanes: block k is lane k of a, b, c and e.
+    const __m512i ab_lo = _mm512_shuffle_i64x2(a.r, b.r, 0x44), ce_lo = _mm512_shuffle_i64x2(c.r, e.r, 0x44);
+    const __m512i ab_hi = _mm512_shuffle_i64x2(a.r, b.r, 0xEE), ce_hi = _mm512_shuffle_i64x2(c.r, e.r, 0xEE);
+    _mm512_storeu_si512(d, _mm512_shuffle_i64x2(ab_lo, ce_lo, 0x88));
+    _mm512_storeu_si512(d + 64, _mm512_shuffle_i64x2(ab_lo, ce_lo, 0xDD));
+    _mm512_storeu_si512(d + 128, _mm512_shuffle_i64x2(ab_hi, ce_hi, 0x88));
+    _mm512_storeu_si512(d + 192, _mm512_shuffle_i64x2(ab_hi, ce_hi, 0xDD));
 }
 #endif
 
