@@ -645,6 +645,18 @@ typedef enum dispconv_status {
 DISPCONV_API dispconv_status dispconv_get_footprint(const dispconv_call *call,
                                                     dispconv_footprint *footprint);
 
+/* ------------------------------------------------------------------------------------------ */
+/* Version                                                                                     */
+/* ------------------------------------------------------------------------------------------ */
+
+/* The version of this header; the build reads the number from here. */
+#define DISPCONV_VERSION_MAJOR 0
+#define DISPCONV_VERSION_MINOR 1
+#define DISPCONV_VERSION_PATCH 0
+
+/* The version of the library actually loaded, as "MAJOR.MINOR.PATCH". */
+DISPCONV_API const char *dispconv_version(void);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,8 +1,12 @@
 // The built program end to end: real files in, pictures out, and one clear line for every
 // kind of bad input, with nothing left behind.
 #include <png.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <cstring>
+
+#include "dispconv.hpp"
 
 #include "png_io.hpp"
 #include "tool_support.hpp"
@@ -15,13 +19,14 @@ TEST(Program, BuiltInClipGivesOnePicturePerFrameAndASummary) {
     ScratchDir scratch;
     const Result r = run_program("-n 3 --size 100x60 -o '" + (scratch / "pics") + "'", scratch);
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(files_in(scratch / "pics"), (std::vector<std::string>{"frame_0001.png", "frame_0002.png", "frame_0003.png"}));
+    EXPECT_EQ(files_in(scratch / "pics"), (std::vector<std::string>{".dispconv-files", "frame_0001.png", "frame_0002.png", "frame_0003.png"}));
     const RgbaPicture first = read_png(scratch / "pics/frame_0001.png");
     EXPECT_EQ(first.width, 100);
     EXPECT_EQ(first.height, 60);
-    EXPECT_NE(r.out.find("wrote 3 PNG pictures"), std::string::npos) << r.out;
-    EXPECT_NE(r.out.find("frames/s"), std::string::npos) << r.out;
-    EXPECT_EQ(r.out.find("[#"), std::string::npos) << "no progress bar when stderr is not a terminal";
+    EXPECT_NE(r.err.find("wrote 3 PNG pictures"), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find("frames/s"), std::string::npos) << r.err;
+    EXPECT_EQ(r.err.find("[#"), std::string::npos) << "no progress bar when stderr is not a terminal";
+    EXPECT_TRUE(r.out.empty()) << "standard output is kept for pictures: " << r.out;
     // The top-left corner is the first colour bar, 75% white.
     EXPECT_NEAR(first.rgba[0], 191, 3);
     EXPECT_NEAR(first.rgba[1], 191, 3);
@@ -43,7 +48,7 @@ TEST(Program, RealY4mFileComesBackUnchangedThroughAYuvSurface) {
         const Result r = run_program(std::string("-f ") + format + " -o '" + (scratch / "out.y4m") + "' '" +
                                          (scratch / "in.y4m") + "'", scratch);
         ASSERT_EQ(r.status, 0) << r.err;
-        EXPECT_NE(r.out.find("4 frames"), std::string::npos) << r.out;
+        EXPECT_NE(r.err.find("4 frames"), std::string::npos) << r.err;
         Y4mReader reader(scratch / "out.y4m");
         EXPECT_EQ(reader.header().width, w);
         EXPECT_EQ(reader.header().interlace, 't');
@@ -72,52 +77,7 @@ TEST(Program, ReadsStandardInputAndKeepsTheFrameLimit) {
     write_file(scratch / "in.y4m", bytes);
     const Result r = run_program("-n 2 -f yuy2 -o '" + (scratch / "pics") + "' - < '" + (scratch / "in.y4m") + "'", scratch);
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(files_in(scratch / "pics"), (std::vector<std::string>{"frame_0001.png", "frame_0002.png"}));
-}
-
-// The readers' and the parser's own refusals are checked in their suites; here one of each kind
-// of failure shows the program's handling: one line, the exit status, nothing left behind.
-TEST(Program, BadInputGivesOneLineAndLeavesNothingBehind) {
-    ScratchDir scratch;
-    const std::string frame = y4m_frame(test_picture(64, 32, Chroma::c420, 0));
-    write_file(scratch / "text.y4m", "hello, world\n");
-    write_file(scratch / "truncated.y4m", y4m_header(64, 32, "420") + frame + frame + frame.substr(0, 100));
-    write_file(scratch / "good.y4m", y4m_header(64, 32, "420") + frame);
-    write_file(scratch / "good422.y4m", y4m_header(64, 32, "422") + y4m_frame(test_picture(64, 32, Chroma::c422, 0)));
-    write_file(scratch / "fake.png", "GIF89a this is no PNG");
-    std::string cut_png = "\x89PNG\r\n\x1a\n";
-    cut_png += std::string("\0\0\0\x0dIHDR", 8);
-    write_file(scratch / "cut.png", cut_png);
-
-    struct Case {
-        std::string args;
-        int status;
-        const char* reason;
-    };
-    const std::string d = scratch.path.string() + "/";
-    const Case cases[] = {
-        {"'" + d + "missing.y4m'", 1, "cannot read"},
-        {"'" + d + "text.y4m'", 1, "not a YUV4MPEG2 file"},
-        {"'" + d + "truncated.y4m'", 1, "frame 3 is truncated"},
-        {"--subpicture '" + d + "fake.png' '" + d + "good.y4m'", 1, "is not a PNG file"},
-        {"--subpicture '" + d + "cut.png' '" + d + "good.y4m'", 1, "damaged PNG"},
-        {"--subpicture '" + d + "none.png' '" + d + "good.y4m'", 1, "cannot read"},
-        {"--frobnicate", 2, "unknown option '--frobnicate'"},
-        {"-f rgb32 -o '" + d + "out/x.y4m'", 1, "needs a yuy2 or yv12 surface"},
-        {"-f yv12 '" + d + "good422.y4m'", 1, "needs a 4:2:0 input"},
-        {"--interlaced --no-subpicture", 1, "--interlaced needs a sub-picture"},
-        {"--interlaced -s 2x2", 1, "--interlaced needs a sub-picture"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.args);
-        const Result r = run_program("-q -o '" + d + "out' " + c.args, scratch);
-        EXPECT_EQ(r.status, c.status) << r.err;
-        EXPECT_NE(r.err.find(c.reason), std::string::npos) << r.err;
-        EXPECT_EQ(r.err.rfind("dispconv: ", 0), 0u) << r.err;
-        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << "one line: " << r.err;
-        EXPECT_TRUE(r.out.empty()) << r.out;
-        EXPECT_TRUE(files_in(d + "out").empty()) << "left " << files_in(d + "out").front();
-    }
+    EXPECT_EQ(files_in(scratch / "pics"), (std::vector<std::string>{".dispconv-files", "frame_0001.png", "frame_0002.png"}));
 }
 
 // A 40x12 RGBA picture: an opaque red bar with a half-transparent border.
@@ -136,6 +96,81 @@ void write_rgba_png(const std::string& path) {
     image.height = 12;
     image.format = PNG_FORMAT_RGBA;
     ASSERT_TRUE(png_image_write_to_file(&image, path.c_str(), 0, rgba.data(), 0, nullptr));
+}
+
+std::string be32(uint32_t v) { return {char(v >> 24), char(v >> 16), char(v >> 8), char(v)}; }
+
+std::string png_chunk(const std::string& type, const std::string& data) {
+    uint32_t crc = 0xFFFFFFFFu;
+    for (unsigned char byte : type + data) {
+        crc ^= byte;
+        for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+    }
+    return be32(static_cast<uint32_t>(data.size())) + type + data + be32(~crc);
+}
+
+// A PNG whose header announces width x height, with an image data chunk far too short for it:
+// enough for a reader to learn the size.
+std::string png_header_only(uint32_t width, uint32_t height) {
+    const std::string ihdr = be32(width) + be32(height) + std::string("\x08\x02\0\0\0", 5);  // 8-bit RGB
+    return "\x89PNG\r\n\x1a\n" + png_chunk("IHDR", ihdr) + png_chunk("IDAT", std::string("\x78\x01", 2)) +
+           png_chunk("IEND", "");
+}
+
+// The readers' and the parser's own refusals are checked in their suites; here one of each kind
+// of failure shows the program's handling: one line, the exit status, nothing left behind.
+TEST(Program, BadInputGivesOneLineAndLeavesNothingBehind) {
+    ScratchDir scratch;
+    const std::string frame = y4m_frame(test_picture(64, 32, Chroma::c420, 0));
+    write_file(scratch / "text.y4m", "hello, world\n");
+    write_file(scratch / "truncated.y4m", y4m_header(64, 32, "420") + frame + frame + frame.substr(0, 100));
+    write_file(scratch / "good.y4m", y4m_header(64, 32, "420") + frame);
+    write_file(scratch / "good422.y4m", y4m_header(64, 32, "422") + y4m_frame(test_picture(64, 32, Chroma::c422, 0)));
+    write_file(scratch / "fake.png", "GIF89a this is no PNG");
+    std::string cut_png = "\x89PNG\r\n\x1a\n";
+    cut_png += std::string("\0\0\0\x0dIHDR", 8);
+    write_file(scratch / "cut.png", cut_png);
+    write_file(scratch / "huge.png", png_header_only(16384, 16384));
+    write_rgba_png(scratch / "bar.png");
+
+    struct Case {
+        std::string args;
+        int status;
+        std::string reason;
+    };
+    const std::string d = scratch.path.string() + "/";
+    std::string missing_isa;  // a set this library or CPU lacks: there is always one
+    for (const IsaName& n : isa_names)
+        if (n.bit && !(dispconv_isa_available() & n.bit)) missing_isa = n.name;
+    const Case cases[] = {
+        {"'" + d + "missing.y4m'", 1, "cannot read"},
+        {"'" + d + "text.y4m'", 1, "not a YUV4MPEG2 file"},
+        {"'" + d + "truncated.y4m'", 1, "frame 3 is truncated"},
+        {"--subpicture '" + d + "fake.png' '" + d + "good.y4m'", 1, "is not a PNG file"},
+        {"--subpicture '" + d + "cut.png' '" + d + "good.y4m'", 1, "damaged PNG"},
+        {"--subpicture '" + d + "none.png' '" + d + "good.y4m'", 1, "cannot read"},
+        {"--subpicture '" + d + "huge.png' '" + d + "good.y4m'", 1, "unsupported size 16384x16384"},
+        {"--frobnicate", 2, "unknown option '--frobnicate'"},
+        {"--isa mmx", 2, "unknown instruction set 'mmx' for --isa"},
+        {"--isa " + missing_isa, 2, "--isa " + missing_isa + " is not available here"},
+        {"-f rgb32 -o '" + d + "out/x.y4m'", 2, "needs a yuy2 or yv12 surface"},
+        {"-f rgb565 -o -", 2, "-o - writes YUV4MPEG2, which needs a yuy2 or yv12 surface"},
+        {"-f yv12 '" + d + "good422.y4m'", 2, "-f yv12 needs a 4:2:0 input"},
+        {"-f yv12 -s edge", 2, "-s edge cannot write a yv12 surface"},
+        {"--interlaced --no-subpicture", 2, "--interlaced needs a sub-picture"},
+        {"--interlaced -s 2x2", 2, "--interlaced needs a sub-picture"},
+        {"--subpicture-at 64,0 --subpicture '" + d + "bar.png' '" + d + "good.y4m'", 2, "lies outside the 64x32 frame"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args);
+        const Result r = run_program("-q -o '" + d + "out' " + c.args + " </dev/null", scratch);
+        EXPECT_EQ(r.status, c.status) << r.err;
+        EXPECT_NE(r.err.find(c.reason), std::string::npos) << r.err;
+        EXPECT_EQ(r.err.rfind("dispconv: ", 0), 0u) << r.err;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << "one line: " << r.err;
+        EXPECT_TRUE(r.out.empty()) << r.out;
+        EXPECT_TRUE(files_in(d + "out").empty()) << "left " << files_in(d + "out").front();
+    }
 }
 
 // Stretches, sub-pictures and fields: each run succeeds and writes pictures of the size its
@@ -168,6 +203,176 @@ TEST(Program, StretchesAndSubPicturesWriteTheirPictureSize) {
         EXPECT_EQ(picture.height, c.height);
         std::filesystem::remove_all(out);
     }
+}
+
+// Every instruction set the CPU runs gives the same pictures, and the summary names the one used.
+TEST(Program, IsaOptionChoosesTheKernels) {
+    ScratchDir scratch;
+    std::string first;
+    for (const IsaName& n : isa_names) {
+        if (n.bit && !(dispconv_isa_available() & n.bit)) continue;
+        SCOPED_TRACE(n.name);
+        const Result r = run_program(std::string("-n 2 --size 70x30 -f yuy2 -s edge --no-subpicture -o - --isa ") + n.name, scratch);
+        ASSERT_EQ(r.status, 0) << r.err;
+        EXPECT_NE(r.err.find(std::string("; ") + n.name + " kernels strech_opt_yuy2_ajust:"), std::string::npos) << r.err;
+        if (first.empty()) first = r.out;
+        EXPECT_EQ(r.out, first);
+    }
+}
+
+TEST(Program, StandardOutputCarriesWhatAY4mFileWould) {
+    ScratchDir scratch;
+    const std::string args = "-n 3 --size 70x30 -f yuy2 -s 1x2 ";
+    ASSERT_EQ(run_program("-q " + args + "-o '" + (scratch / "file.y4m") + "'", scratch).status, 0);
+    const Result r = run_program(args + "-o -", scratch);
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, read_file(scratch / "file.y4m"));
+    EXPECT_NE(r.err.find("wrote YUV4MPEG2 to standard output"), std::string::npos) << r.err;
+}
+
+// What the input holds that the run does not show is said in one note each, unless quiet.
+TEST(Program, NotesSayWhatTheRunLeavesOut) {
+    ScratchDir scratch;
+    const std::string frame = y4m_frame(test_picture(64, 32, Chroma::c420, 0));
+    write_file(scratch / "bottom.y4m", y4m_header(64, 32, "420", " Ib") + frame);
+    write_file(scratch / "full.y4m", y4m_header(64, 32, "420", " XCOLORRANGE=FULL") + frame);
+    write_file(scratch / "plain.y4m", y4m_header(64, 32, "420") + frame);
+    write_file(scratch / "422.y4m", y4m_header(64, 32, "422") + y4m_frame(test_picture(64, 32, Chroma::c422, 0)));
+    write_rgba_png(scratch / "bar.png");  // 40x12
+    struct Case {
+        std::string args;
+        const char* note;  // null: none
+    };
+    const Case cases[] = {
+        {"'" + (scratch / "bottom.y4m") + "'", "is interlaced (bottom field first) and shown as whole frames"},
+        {"-q '" + (scratch / "bottom.y4m") + "'", nullptr},
+        {"--interlaced -s 1x2 '" + (scratch / "bottom.y4m") + "'", nullptr},
+        {"'" + (scratch / "full.y4m") + "'", "is full range (XCOLORRANGE=FULL), but the kernels assume video range"},
+        {"--no-subpicture '" + (scratch / "422.y4m") + "'", "is 4:2:2, and the kernels give each odd row the chroma"},
+        {"--no-subpicture -s 2x2 '" + (scratch / "422.y4m") + "'", nullptr},
+        {"--size 32x16 --subpicture '" + (scratch / "bar.png") + "'", "larger than the 32x16 frame: its middle 32x12"},
+        {"--subpicture-at 20,10 --subpicture '" + (scratch / "bar.png") + "' '" + (scratch / "plain.y4m") + "'", nullptr},
+        {"--subpicture-at 30,10 --subpicture '" + (scratch / "bar.png") + "' '" + (scratch / "bottom.y4m") + "' -i",
+         "at 30,10 reaches past the 64x32 frame: its top-left 34x12 is shown"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args);
+        const Result r = run_program("-n 1 -o '" + (scratch / "out") + "' --force " + c.args, scratch);
+        ASSERT_EQ(r.status, 0) << r.err;
+        int notes = 0;
+        for (size_t at = r.err.find("dispconv: note: "); at != std::string::npos; at = r.err.find("dispconv: note: ", at + 1))
+            ++notes;
+        EXPECT_EQ(notes, c.note ? 1 : 0) << r.err;
+        if (c.note) {
+            EXPECT_NE(r.err.find(c.note), std::string::npos) << r.err;
+        }
+    }
+}
+
+// --interlaced without a field shows the file's first field: the same pictures as naming it, and
+// not those of the other field.
+TEST(Program, InterlacedRunShowsTheFilesFirstField) {
+    ScratchDir scratch;
+    for (const char* order : {"t", "b"}) {
+        SCOPED_TRACE(order);
+        const std::string first = *order == 't' ? "top" : "bottom", second = *order == 't' ? "bottom" : "top";
+        write_file(scratch / "in.y4m", y4m_header(64, 32, "420", order == std::string("t") ? " It" : " Ib") +
+                                           y4m_frame(test_picture(64, 32, Chroma::c420, 0)));
+        std::string pictures[3];
+        const std::string fields[3] = {"", "=" + first, "=" + second};
+        for (int i = 0; i < 3; ++i) {
+            const std::string out = scratch / ("out" + std::to_string(i) + ".y4m");
+            const Result r = run_program("-q -s 1x2 -f yuy2 --interlaced" + fields[i] + " -o '" + out + "' '" +
+                                             (scratch / "in.y4m") + "'", scratch);
+            ASSERT_EQ(r.status, 0) << r.err;
+            pictures[i] = read_file(out);
+        }
+        EXPECT_EQ(pictures[0], pictures[1]);
+        EXPECT_NE(pictures[0], pictures[2]);
+    }
+}
+
+// A second run into the same directory replaces the first run's pictures, all of them; pictures
+// dispconv did not write there stop it unless forced, and are never deleted.
+TEST(Program, ReusedOutputDirectoryNeverMixesRuns) {
+    ScratchDir scratch;
+    const std::string out = scratch / "out", run = "--size 64x32 -o '" + out + "' -n ";
+    ASSERT_EQ(run_program("-q " + run + "3", scratch).status, 0);
+    Result r = run_program(run + "2", scratch);
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_NE(r.err.find("removed 1 left from an earlier run"), std::string::npos) << r.err;
+    EXPECT_EQ(files_in(out), (std::vector<std::string>{".dispconv-files", "frame_0001.png", "frame_0002.png"}));
+
+    write_file(out + "/frame_0009.png", "someone else's");
+    write_file(out + "/notes.txt", "someone else's");
+    const std::vector<std::string> before = files_in(out);
+    r = run_program(run + "1", scratch);
+    EXPECT_EQ(r.status, 2);
+    EXPECT_NE(r.err.find("holds frame_0009.png that dispconv did not write there"), std::string::npos) << r.err;
+    EXPECT_EQ(files_in(out), before);
+
+    r = run_program("-q --force " + run + "1", scratch);
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(files_in(out),
+              (std::vector<std::string>{".dispconv-files", "frame_0001.png", "frame_0009.png", "notes.txt"}));
+    EXPECT_EQ(read_file(out + "/frame_0009.png"), "someone else's");
+}
+
+// SIGINT or SIGTERM while the input waits for more frames: the unfinished pictures go, the
+// earlier run's stay as they were, and the status says which signal.
+TEST(Program, StopSignalRemovesUnfinishedFiles) {
+    std::signal(SIGPIPE, SIG_IGN);  // should the program die early, the test fails rather than ends
+    ScratchDir scratch;
+    const std::string out = scratch / "out";
+    ASSERT_EQ(run_program("-q -n 1 --size 64x32 -o '" + out + "'", scratch).status, 0);
+    const std::string earlier = read_file(out + "/frame_0001.png");
+    const std::string frame = y4m_frame(test_picture(64, 32, Chroma::c420, 0));
+    const std::string input = y4m_header(64, 32, "420") + frame + frame;
+    for (int signal : {SIGINT, SIGTERM}) {
+        SCOPED_TRACE(signal);
+        int pipe_fds[2];
+        ASSERT_EQ(pipe(pipe_fds), 0);
+        const std::string err_path = scratch / "err.txt";
+        const pid_t pid = fork();
+        if (pid == 0) {
+            dup2(pipe_fds[0], STDIN_FILENO);
+            close(pipe_fds[0]);
+            close(pipe_fds[1]);
+            if (!std::freopen(err_path.c_str(), "w", stderr)) _exit(126);
+            execl(DISPCONV_TOOL_PATH, "dispconv", "-o", out.c_str(), "-", static_cast<char*>(nullptr));
+            _exit(127);
+        }
+        close(pipe_fds[0]);
+        ASSERT_EQ(write(pipe_fds[1], input.data(), input.size()), static_cast<ssize_t>(input.size()));
+        // Both frames are written under temporary names; the program then waits for a third.
+        auto parts = [&] {
+            const std::vector<std::string> names = files_in(out);
+            return std::count_if(names.begin(), names.end(), [](const std::string& n) { return n.ends_with(".part"); });
+        };
+        for (int wait = 0; wait < 1000 && parts() < 2; ++wait) usleep(10000);
+        EXPECT_EQ(parts(), 2);
+        kill(pid, signal);
+        int raw = 0;
+        waitpid(pid, &raw, 0);
+        close(pipe_fds[1]);
+        ASSERT_TRUE(WIFEXITED(raw));
+        EXPECT_EQ(WEXITSTATUS(raw), 128 + signal);
+        const std::string err = read_file(err_path);
+        EXPECT_NE(err.find(signal == SIGINT ? "interrupted by SIGINT; removed 2 unfinished files"
+                                            : "interrupted by SIGTERM; removed 2 unfinished files"),
+                  std::string::npos) << err;
+        EXPECT_EQ(files_in(out), (std::vector<std::string>{".dispconv-files", "frame_0001.png"}));
+        EXPECT_EQ(read_file(out + "/frame_0001.png"), earlier);
+    }
+}
+
+TEST(Program, VersionIsTheLibrarysAndTheHeaders) {
+    ScratchDir scratch;
+    const std::string header_version = std::to_string(DISPCONV_VERSION_MAJOR) + "." +
+                                       std::to_string(DISPCONV_VERSION_MINOR) + "." +
+                                       std::to_string(DISPCONV_VERSION_PATCH);
+    EXPECT_EQ(dispconv_version(), header_version);
+    EXPECT_EQ(run_program("--version", scratch).out, "dispconv " + header_version + "\n");
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ Options parse(std::initializer_list<const char*> args) {
 TEST(CommandLine, ReadsEveryChoice) {
     const Options o = parse({"-f", "rgb655", "--stretch=1x2-filter", "--interlaced=bottom", "--contrast", "1.5",
                              "--brightness=-20", "--saturation", "0", "-n", "3", "--size", "96x40", "-o", "pics",
-                             "--subpicture", "menu.png", "-q", "in.y4m"});
+                             "--subpicture", "menu.png", "--subpicture-at", "4,6", "--force", "-q", "in.y4m"});
     EXPECT_EQ(o.format, SurfaceFormat::rgb655);
     EXPECT_EQ(o.stretch, Stretch::double_height_filter);
     EXPECT_EQ(o.field, 1);
@@ -31,6 +31,9 @@ TEST(CommandLine, ReadsEveryChoice) {
     EXPECT_EQ(o.clip_height, 40);
     EXPECT_EQ(o.output, "pics");
     EXPECT_EQ(o.subpicture, "menu.png");
+    EXPECT_EQ(o.subpicture_x, 4);
+    EXPECT_EQ(o.subpicture_y, 6);
+    EXPECT_TRUE(o.force);
     EXPECT_TRUE(o.quiet);
     EXPECT_EQ(o.input, "in.y4m");
 
@@ -39,7 +42,7 @@ TEST(CommandLine, ReadsEveryChoice) {
     EXPECT_EQ(d.stretch, Stretch::none);
     EXPECT_EQ(d.field, -1);
     EXPECT_TRUE(d.input.empty());
-    EXPECT_EQ(parse({"-i"}).field, 0);
+    EXPECT_EQ(parse({"-i"}).field, first_field);
     EXPECT_EQ(parse({"-"}).input, "-");
 }
 
@@ -65,6 +68,8 @@ TEST(CommandLine, RejectsMistakesWithAReason) {
         {{"-o"}, "needs a value"},
         {{"a.y4m", "b.y4m"}, "unexpected argument 'b.y4m'"},
         {{"--subpicture", "s.png", "--no-subpicture"}, "contradict"},
+        {{"--subpicture-at", "10,20"}, "--subpicture-at needs --subpicture"},
+        {{"--subpicture", "s.png", "--subpicture-at", "-1,5"}, "needs X,Y"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.reason);

@@ -76,10 +76,12 @@ struct Result {
     std::string out, err;
 };
 
-// Runs the built program with the given arguments (already quoted where needed).
+// Runs the built program with the given arguments (already quoted where needed); in a cross build,
+// through the emulator that runs the suite, as the shell cannot start a foreign program itself.
 inline Result run_program(const std::string& arguments, const ScratchDir& scratch) {
     const std::string out = scratch / "stdout.txt", err = scratch / "stderr.txt";
-    const std::string command = std::string("'") + DISPCONV_TOOL_PATH + "' " + arguments + " >'" + out + "' 2>'" + err + "'";
+    const std::string command = std::string(DISPCONV_TOOL_EMULATOR " '") + DISPCONV_TOOL_PATH + "' " + arguments +
+                                " >'" + out + "' 2>'" + err + "'";
     const int raw = std::system(command.c_str());
     Result r;
     r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);

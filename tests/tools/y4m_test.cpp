@@ -12,13 +12,14 @@ TEST(Y4mHeader, AcceptsTheLayoutsTheKernelsRead) {
         Chroma chroma;
         char interlace;
         int rate_num, rate_den;
+        bool full_range;
     };
     const Case cases[] = {
-        {"YUV4MPEG2 W720 H480 F30000:1001 It A10:11 C420jpeg", 720, 480, Chroma::c420, 't', 30000, 1001},
-        {"YUV4MPEG2 W16 H8 C422 Ib", 16, 8, Chroma::c422, 'b', 25, 1},
-        {"YUV4MPEG2 H2 W3", 3, 2, Chroma::c420, 'p', 25, 1},  // 4:2:0 when no C tag, any order
-        {"YUV4MPEG2 W64 H64 C420mpeg2 XYSCSS=420MPEG2 I?", 64, 64, Chroma::c420, 'p', 25, 1},
-        {"YUV4MPEG2 W64 H64 C420paldv Im", 64, 64, Chroma::c420, 'm', 25, 1},
+        {"YUV4MPEG2 W720 H480 F30000:1001 It A10:11 C420jpeg", 720, 480, Chroma::c420, 't', 30000, 1001, false},
+        {"YUV4MPEG2 W16 H8 C422 Ib XCOLORRANGE=FULL", 16, 8, Chroma::c422, 'b', 25, 1, true},
+        {"YUV4MPEG2 H2 W3", 3, 2, Chroma::c420, 'p', 25, 1, false},  // 4:2:0 when no C tag, any order
+        {"YUV4MPEG2 W64 H64 C420mpeg2 XYSCSS=420MPEG2 I? XCOLORRANGE=LIMITED", 64, 64, Chroma::c420, 'p', 25, 1, false},
+        {"YUV4MPEG2 W64 H64 C420paldv Im", 64, 64, Chroma::c420, 'm', 25, 1, false},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.line);
@@ -29,6 +30,7 @@ TEST(Y4mHeader, AcceptsTheLayoutsTheKernelsRead) {
         EXPECT_EQ(h.interlace, c.interlace);
         EXPECT_EQ(h.rate_num, c.rate_num);
         EXPECT_EQ(h.rate_den, c.rate_den);
+        EXPECT_EQ(h.full_range, c.full_range);
     }
 }
 
@@ -83,6 +85,7 @@ TEST(Y4mFile, WriterAndReaderRoundTripOddSizesInBothLayouts) {
         header.rate_num = 24000;
         header.rate_den = 1001;
         header.interlace = 't';
+        header.full_range = true;
         {
             Y4mWriter writer(path, header);
             for (int i = 0; i < 3; ++i) writer.write_frame(test_picture(37, 21, chroma, i));
@@ -91,6 +94,7 @@ TEST(Y4mFile, WriterAndReaderRoundTripOddSizesInBothLayouts) {
         Y4mReader reader(path);
         EXPECT_EQ(reader.header().chroma, chroma);
         EXPECT_EQ(reader.header().interlace, 't');
+        EXPECT_TRUE(reader.header().full_range);
         EXPECT_EQ(reader.header().rate_num, 24000);
         PlanarPicture p;
         for (int i = 0; i < 3; ++i) {

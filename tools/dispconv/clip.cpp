@@ -124,11 +124,16 @@ RgbaPicture make_subtitle(int frame_width, int frame_height) {
     int scale = std::max(1, frame_height / 120);
     while (scale > 1 && (6 * length + 5) * scale > frame_width) --scale;
     const int pad = 3 * scale;
+    const int bar_w = std::min(frame_width, (6 * length - 1) * scale + 2 * pad);
+    const int bar_h = std::min(frame_height, 7 * scale + 2 * pad);
+    const int left = (frame_width - bar_w) / 2 & ~1, top = std::max(0, frame_height - bar_h - frame_height / 16);
     RgbaPicture art;
-    art.width = std::min(frame_width, (6 * length - 1) * scale + 2 * pad);
-    art.height = std::min(frame_height, 7 * scale + 2 * pad);
+    art.width = frame_width;
+    art.height = frame_height;
     art.rgba.assign(static_cast<size_t>(art.width) * art.height * 4, 0);
-    for (size_t i = 0; i < art.rgba.size(); i += 4) art.rgba[i + 3] = 150;  // dark, half transparent
+    auto at = [&](int x, int y) { return &art.rgba[(static_cast<size_t>(top + y) * art.width + left + x) * 4]; };
+    for (int y = 0; y < bar_h; ++y)
+        for (int x = 0; x < bar_w; ++x) at(x, y)[3] = 150;  // dark, half transparent
     for (int i = 0; i < length; ++i) {
         const Glyph* g = glyph(text[i]);
         if (!g) continue;
@@ -136,8 +141,8 @@ RgbaPicture make_subtitle(int frame_width, int frame_height) {
             for (int gx = 0; gx < 5 * scale; ++gx) {
                 if (g->rows[gy / scale][gx / scale] != '#') continue;
                 const int x = pad + i * 6 * scale + gx, y = pad + gy;
-                if (x >= art.width || y >= art.height) continue;
-                uint8_t* p = &art.rgba[(static_cast<size_t>(y) * art.width + x) * 4];
+                if (x >= bar_w || y >= bar_h) continue;
+                uint8_t* p = at(x, y);
                 p[0] = p[1] = p[2] = p[3] = 255;
             }
     }

@@ -15,7 +15,8 @@ inline constexpr int clip_default_frames = 24;
 // edge-directed interpolation treat these differently, which is the point.
 PlanarPicture make_clip_frame(int width, int height, int index);
 
-// The built-in subtitle: white capitals on a half-transparent dark bar.
+// The built-in subtitle: white capitals on a half-transparent dark bar, centred a sixteenth of
+// the frame's height above its bottom, in art of the frame's size.
 RgbaPicture make_subtitle(int frame_width, int frame_height);
 
 // BT.601 video-range RGB to YUV, rounded.

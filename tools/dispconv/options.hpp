@@ -12,27 +12,31 @@ enum class Stretch { none, double_height, double_height_filter, double_size, edg
 
 const char* stretch_name(Stretch stretch);
 
+// --interlaced without a field: the input's first field (top for a progressive input).
+inline constexpr int first_field = 2;
+
 struct Options {
     std::string input;                   // empty: the built-in clip
-    std::string output = "dispconv-out"; // a directory for PNG pictures, or a .y4m file
+    std::string output = "dispconv-out"; // a directory for PNG pictures, a .y4m file or "-"
+    bool force = false;                  // write into a directory holding pictures not ours
     SurfaceFormat format = SurfaceFormat::rgb32;
     Stretch stretch = Stretch::none;
     std::string subpicture;              // a PNG with transparency
     bool no_subpicture = false;
-    int field = -1;                      // -1 whole frames; 0 top field, 1 bottom field
+    int subpicture_x = -1, subpicture_y = -1;  // top-left corner on the frame; -1: centred
+    int field = -1;                      // -1 whole frames; 0 top field, 1 bottom field, first_field
     double contrast = 1.0, brightness = 0.0, saturation = 1.0;
     int frames = -1;                     // at most this many (-1: all, or the clip's length)
     int clip_width = 640, clip_height = 360;
+    long isa = -1;                       // a DISPCONV_ISA_ bit, 0 for portable; -1: the best
     bool quiet = false;
     bool help = false, version = false;
 };
 
-// A command-line mistake: reported with a pointer to --help and exit status 2.
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
 Options parse_options(int argc, char** argv);  // throws UsageError
+// Chooses the instruction set the kernels run on, if the options name one; throws UsageError
+// for one this library or CPU lacks. Returns the name of the set in use.
+const char* choose_isa(const Options& options);
 const char* usage_text();
 
 // Contrast and saturation are factors (1 unchanged, 0 to 4), brightness is added to luma in

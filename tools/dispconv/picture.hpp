@@ -10,9 +10,14 @@
 
 namespace dispconv::tool {
 
-// Every failure the user can cause ends up as one of these: one line, no crash.
+// Every failure the user can cause ends up as one of these: one line, no crash. A ToolError is a
+// failure of input or output (exit status 1); a UsageError is a command line the tool cannot
+// carry out (exit status 2).
 struct ToolError : std::runtime_error {
     using std::runtime_error::runtime_error;
+};
+struct UsageError : ToolError {
+    using ToolError::ToolError;
 };
 
 enum class Chroma { c420, c422 };

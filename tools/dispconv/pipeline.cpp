@@ -37,18 +37,20 @@ Pipeline::Pipeline(const Job& job, const Geometry& geometry, Chroma source_chrom
     const bool doubles_height = job.stretch == Stretch::double_height ||
                                 job.stretch == Stretch::double_height_filter || job.stretch == Stretch::edge;
     if (job.field >= 0 && !(doubles_height || (job.stretch == Stretch::none && job.subpicture)))
-        throw ToolError("--interlaced needs a sub-picture or the 1x2, 1x2-filter or edge stretch "
-                        "(those are the kernels that double a field)");
+        throw UsageError("--interlaced needs a sub-picture or the 1x2, 1x2-filter or edge stretch "
+                         "(those are the kernels that double a field)");
     if (source_chroma == Chroma::c422) {
-        if (job.subpicture) throw ToolError("sub-picture mixing needs a 4:2:0 input (the mixers read YV12 frames)");
+        if (job.subpicture)
+            throw UsageError("a sub-picture needs a 4:2:0 input (the mixers read YV12 frames); try --no-subpicture");
         if (doubles_height)
-            throw ToolError(std::string("the ") + stretch_name(job.stretch) + " stretch needs a 4:2:0 input");
+            throw UsageError(std::string("-s ") + stretch_name(job.stretch) + " needs a 4:2:0 input");
         if (job.format == SurfaceFormat::yv12)
-            throw ToolError("a yv12 surface needs a 4:2:0 input (no kernel turns 4:2:2 into YV12)");
+            throw UsageError("-f yv12 needs a 4:2:0 input (no kernel turns 4:2:2 into YV12)");
     }
     if (job.format == SurfaceFormat::yv12 &&
         (job.stretch == Stretch::double_height_filter || job.stretch == Stretch::edge))
-        throw ToolError(std::string("the ") + stretch_name(job.stretch) + " stretch writes YUY2 and RGB surfaces, not yv12");
+        throw UsageError(std::string("-s ") + stretch_name(job.stretch) +
+                         " cannot write a yv12 surface (it writes yuy2 and RGB surfaces)");
 
     scale_x_ = job.stretch == Stretch::double_size ? 2 : 1;
     scale_y_ = job.stretch == Stretch::double_size || (doubles_height && job.field < 0) ? 2 : 1;

@@ -21,7 +21,7 @@ struct Job {
 };
 
 // The chain of kernels for a job, with every buffer it needs. Building it checks the
-// combination and throws ToolError for one the kernels cannot do; running it cannot fail.
+// combination and throws UsageError for one the kernels cannot do; running it cannot fail.
 class Pipeline {
 public:
     Pipeline(const Job& job, const Geometry& geometry, Chroma source_chroma);

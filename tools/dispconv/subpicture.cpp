@@ -7,14 +7,31 @@
 
 namespace dispconv::tool {
 
-Placement place_art(int art_width, int art_height, int frame_width, int frame_height) {
+Placement centre_art(int art_width, int art_height, int frame_width, int frame_height) {
     Placement p;
-    p.x = std::max(0, (frame_width - art_width) / 2) & ~1;  // pairs share chroma: start on one
-    p.y = std::max(0, frame_height - art_height - frame_height / 16);
+    p.x = std::max(0, (frame_width - art_width) / 2) & ~1;
+    p.y = std::max(0, (frame_height - art_height) / 2);
+    p.art_x = std::max(0, (art_width - frame_width) / 2);
+    p.art_y = std::max(0, (art_height - frame_height) / 2);
+    p.width = std::min(art_width, frame_width);
+    p.height = std::min(art_height, frame_height);
+    return p;
+}
+
+Placement place_art_at(int x, int y, int art_width, int art_height, int frame_width, int frame_height) {
+    Placement p;
+    p.x = x;
+    p.y = y;
+    p.width = std::max(0, std::min(art_width, frame_width - x));
+    p.height = std::max(0, std::min(art_height, frame_height - y));
     return p;
 }
 
 SubPicture prepare_subpicture(const RgbaPicture& art, const Geometry& geometry) {
+    return prepare_subpicture(art, geometry, centre_art(art.width, art.height, geometry.width, geometry.height));
+}
+
+SubPicture prepare_subpicture(const RgbaPicture& art, const Geometry& geometry, const Placement& at) {
     const int w = geometry.padded_width, h = geometry.padded_height;
     SubPicture sub;
     sub.width = w;
@@ -31,12 +48,9 @@ SubPicture prepare_subpicture(const RgbaPicture& art, const Geometry& geometry) 
     const size_t row_bytes = static_cast<size_t>(w) * 4;
     PaddedBuffer colour(area * 4, row_bytes), levels(area * 4, row_bytes, 0);
     for (size_t i = 0; i < area; ++i) std::memcpy(colour.data() + 4 * i, &subpicture_color_key, 4);
-    const Placement at = place_art(art.width, art.height, geometry.width, geometry.height);
-    const int visible_w = std::min(art.width, geometry.width - at.x);
-    const int visible_h = std::min(art.height, geometry.height - at.y);
-    for (int y = 0; y < visible_h; ++y)
-        for (int x = 0; x < visible_w; ++x) {
-            const uint8_t* p = &art.rgba[(static_cast<size_t>(y) * art.width + x) * 4];
+    for (int y = 0; y < at.height; ++y)
+        for (int x = 0; x < at.width; ++x) {
+            const uint8_t* p = &art.rgba[(static_cast<size_t>(at.art_y + y) * art.width + at.art_x + x) * 4];
             const size_t o = (static_cast<size_t>(at.y + y) * w + at.x + x) * 4;
             const int level = opacity_level(p[3]);
             if (level == 0) continue;

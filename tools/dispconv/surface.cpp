@@ -35,6 +35,16 @@ const Layout16 layouts16[] = {
 
 uint8_t field_of(unsigned word, Field f) { return widen((word >> f.shift) & ((1u << f.bits) - 1), f.bits); }
 
+// B, G, R(, unused) to R, G, B; the pixel size is a constant so that the loop vectorises.
+template <int bytes_per_pixel>
+void bgr_to_rgb(const uint8_t* src, uint8_t* dst, int width) {
+    for (int x = 0; x < width; ++x, src += bytes_per_pixel, dst += 3) {
+        dst[0] = src[2];
+        dst[1] = src[1];
+        dst[2] = src[0];
+    }
+}
+
 uint8_t clamp_byte(double x) { return static_cast<uint8_t>(std::clamp(std::lround(x), 0L, 255L)); }
 
 }  // namespace
@@ -80,40 +90,37 @@ RgbPicture surface_to_rgb(const Surface& surface, int width, int height) {
     out.height = height;
     out.rgb.resize(static_cast<size_t>(width) * height * 3);
     const FormatInfo& info = format_info(surface.format());
+    // One loop per format, so that the per-pixel work stays small next to the PNG encoder.
     for (int row = 0; row < height; ++row) {
         const uint8_t* line = surface.data() + static_cast<size_t>(row) * surface.stride();
         uint8_t* dst = out.rgb.data() + static_cast<size_t>(row) * width * 3;
-        for (int x = 0; x < width; ++x, dst += 3) {
-            switch (surface.format()) {
-                case SurfaceFormat::rgb32:
-                case SurfaceFormat::rgb24: {
-                    const uint8_t* p = line + static_cast<size_t>(x) * info.bytes_per_pixel;  // B, G, R
-                    dst[0] = p[2];
-                    dst[1] = p[1];
-                    dst[2] = p[0];
-                    break;
-                }
-                case SurfaceFormat::rgb565:
-                case SurfaceFormat::rgb555:
-                case SurfaceFormat::rgb664:
-                case SurfaceFormat::rgb655: {
+        switch (surface.format()) {
+            case SurfaceFormat::rgb32: bgr_to_rgb<4>(line, dst, width); break;
+            case SurfaceFormat::rgb24: bgr_to_rgb<3>(line, dst, width); break;
+            case SurfaceFormat::rgb565:
+            case SurfaceFormat::rgb555:
+            case SurfaceFormat::rgb664:
+            case SurfaceFormat::rgb655: {
+                const Layout16& l = layouts16[info.rgb16_layout];
+                for (int x = 0; x < width; ++x, dst += 3) {
                     const unsigned word = line[2 * x] | (line[2 * x + 1] << 8);
-                    const Layout16& l = layouts16[info.rgb16_layout];
                     dst[0] = field_of(word, l.r);
                     dst[1] = field_of(word, l.g);
                     dst[2] = field_of(word, l.b);
-                    break;
                 }
-                case SurfaceFormat::yuy2: {
+                break;
+            }
+            case SurfaceFormat::yuy2:
+                for (int x = 0; x < width; ++x, dst += 3) {
                     const uint8_t* pair = line + (x / 2) * 4;  // Y0 U Y1 V
                     yuv_to_rgb(pair[(x & 1) * 2], pair[1], pair[3], dst);
-                    break;
                 }
-                case SurfaceFormat::yv12: {
-                    const size_t c = static_cast<size_t>(row / 2) * (surface.stride() / 2) + x / 2;
-                    yuv_to_rgb(line[x], surface.plane_u()[c], surface.plane_v()[c], dst);
-                    break;
-                }
+                break;
+            case SurfaceFormat::yv12: {
+                const size_t c = static_cast<size_t>(row / 2) * (surface.stride() / 2);
+                for (int x = 0; x < width; ++x, dst += 3)
+                    yuv_to_rgb(line[x], surface.plane_u()[c + x / 2], surface.plane_v()[c + x / 2], dst);
+                break;
             }
         }
     }

@@ -78,7 +78,11 @@ Y4mHeader parse_y4m_header(const std::string& line) {
                 header.rate_den = std::stoi(den);
                 break;
             }
-            default: break;  // aspect ratio and extensions do not change the pixels
+            case 'X':
+                if (value == "COLORRANGE=FULL") header.full_range = true;
+                if (value == "COLORRANGE=LIMITED") header.full_range = false;
+                break;
+            default: break;  // aspect ratio and other extensions do not change the pixels
         }
     }
     if (!have_width || !have_height) throw ToolError("YUV4MPEG2 header lacks the picture width or height");
@@ -90,6 +94,15 @@ Y4mHeader parse_y4m_header(const std::string& line) {
         throw ToolError("picture size " + std::to_string(header.width) + "x" + std::to_string(header.height) +
                         " is too large (at most " + std::to_string(max_picture_side) + " per side and 8192x8192 in area)");
     return header;
+}
+
+std::string describe_interlace(char interlace) {
+    switch (interlace) {
+        case 't': return "top field first";
+        case 'b': return "bottom field first";
+        case 'm': return "mixed fields";
+        default: return "";
+    }
 }
 
 Y4mReader::Y4mReader(const std::string& path) : name_(path) {
@@ -143,15 +156,26 @@ bool Y4mReader::read_frame(PlanarPicture& picture) {
     return true;
 }
 
-Y4mWriter::Y4mWriter(const std::string& path, const Y4mHeader& header) : path_(path) {
-    file_ = std::fopen(path.c_str(), "wb");
-    if (!file_) throw ToolError("cannot write '" + path + "': " + std::strerror(errno));
-    std::fprintf(file_, "YUV4MPEG2 W%d H%d F%d:%d I%c A1:1 C%s\n", header.width, header.height, header.rate_num,
-                 header.rate_den, header.interlace, header.chroma == Chroma::c420 ? "420jpeg" : "422");
+Y4mWriter::Y4mWriter(const std::string& path, const Y4mHeader& header)
+    : name_(path == "-" ? "standard output" : "'" + path + "'") {
+    if (path == "-") {
+        file_ = stdout;
+    } else {
+        file_ = std::fopen(path.c_str(), "wb");
+        if (!file_) throw ToolError("cannot write " + name_ + ": " + std::strerror(errno));
+        owned_ = true;
+    }
+    std::fprintf(file_, "YUV4MPEG2 W%d H%d F%d:%d I%c A1:1 C%s%s\n", header.width, header.height, header.rate_num,
+                 header.rate_den, header.interlace, header.chroma == Chroma::c420 ? "420jpeg" : "422",
+                 header.full_range ? " XCOLORRANGE=FULL" : "");
 }
 
 Y4mWriter::~Y4mWriter() {
-    if (file_) std::fclose(file_);
+    if (owned_ && file_) std::fclose(file_);
+}
+
+void Y4mWriter::check() {
+    if (std::ferror(file_)) throw ToolError("cannot write " + name_ + ": " + std::strerror(errno));
 }
 
 void Y4mWriter::write_frame(const PlanarPicture& picture) {
@@ -159,13 +183,17 @@ void Y4mWriter::write_frame(const PlanarPicture& picture) {
     std::fwrite(picture.y.data(), 1, picture.y.size(), file_);
     std::fwrite(picture.u.data(), 1, picture.u.size(), file_);
     std::fwrite(picture.v.data(), 1, picture.v.size(), file_);
+    // A pipe's reader sees each frame as soon as it is whole.
+    if (!owned_) std::fflush(file_);
+    check();
 }
 
 void Y4mWriter::close() {
-    const bool failed = std::ferror(file_) != 0;
-    const int closed = std::fclose(file_);
+    const bool failed = std::fflush(file_) != 0 || std::ferror(file_) != 0;
+    const int saved = errno;
+    const int closed = owned_ ? std::fclose(file_) : 0;
     file_ = nullptr;
-    if (failed || closed != 0) throw ToolError("could not write '" + path_ + "'");
+    if (failed || closed != 0) throw ToolError("cannot write " + name_ + ": " + std::strerror(failed ? saved : errno));
 }
 
 }  // namespace dispconv::tool

@@ -18,7 +18,11 @@ struct Y4mHeader {
     Chroma chroma = Chroma::c420;
     int rate_num = 25, rate_den = 1;
     char interlace = 'p';  // p progressive, t top field first, b bottom field first, m mixed
+    bool full_range = false;  // XCOLORRANGE=FULL: samples 0-255 instead of video range
 };
+
+// "top field first" and the like, for notes; empty for a progressive picture.
+std::string describe_interlace(char interlace);
 
 // Parses a header line (without its newline). Throws ToolError with a one-line reason.
 Y4mHeader parse_y4m_header(const std::string& line);
@@ -44,17 +48,20 @@ private:
 
 class Y4mWriter {
 public:
-    Y4mWriter(const std::string& path, const Y4mHeader& header);
+    Y4mWriter(const std::string& path, const Y4mHeader& header);  // "-" writes standard output
     ~Y4mWriter();
     Y4mWriter(const Y4mWriter&) = delete;
     Y4mWriter& operator=(const Y4mWriter&) = delete;
 
+    // Throws when the data cannot be written (a full disk, a reader gone from the pipe).
     void write_frame(const PlanarPicture& picture);
     void close();  // flushes; throws if the data did not reach the file
 
 private:
+    void check();
     FILE* file_ = nullptr;
-    std::string path_;
+    bool owned_ = false;
+    std::string name_;
 };
 
 }  // namespace dispconv::tool

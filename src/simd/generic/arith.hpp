@@ -24,7 +24,7 @@ struct AdjustVec {
     V uv_offset;  // U and V offsets alternating, for chroma interleaved as in YUY2
 };
 template <Vector V>
-AdjustVec<V> adjust_vec(const AdjustConstants& a) {
+DISPCONV_VECTOR_INLINE AdjustVec<V> adjust_vec(const AdjustConstants& a) {
     const V u = V::set1_i16(a.u_offset), v = V::set1_i16(a.v_offset);
     return {V::set1_i16(a.luma_gain), V::set1_i16(a.chroma_gain), V::set1_i16(a.luma_offset), u, v,
             unpacklo_u16(u, v)};
@@ -33,21 +33,21 @@ AdjustVec<V> adjust_vec(const AdjustConstants& a) {
 // Adjustment of words holding bytes: product kept to 16 bits, logical shift by 6, offset added
 // with signed saturation (narrowing with unsigned saturation is left to the caller).
 template <Vector V>
-V adjust_words(V w, V gain, V offset) {
+DISPCONV_VECTOR_INLINE V adjust_words(V w, V gain, V offset) {
     return adds_i16(srli_i16<6>(mullo_i16(w, gain)), offset);
 }
 template <Vector V>
-V adjust_bytes(V bytes, V gain, V offset) {
+DISPCONV_VECTOR_INLINE V adjust_bytes(V bytes, V gain, V offset) {
     const V z = V::zero();
     return packus_i16(adjust_words(unpacklo_u8(bytes, z), gain, offset), adjust_words(unpackhi_u8(bytes, z), gain, offset));
 }
 // Words clamped to 0..255, as the narrowing to bytes would.
 template <Vector V>
-V clamp_words(V w) {
+DISPCONV_VECTOR_INLINE V clamp_words(V w) {
     return max_i16(min_i16(w, V::set1_i16(255)), V::zero());
 }
 template <Vector V>
-V low_bytes_mask() {
+DISPCONV_VECTOR_INLINE V low_bytes_mask() {
     return V::set1_i16(0x00FF);
 }
 
@@ -59,28 +59,28 @@ struct ChromaVec {
 };
 // From 8 U and 8 V bytes in the low half of each lane, each term repeated for its pixel pair.
 template <Vector V>
-ChromaVec<V> chroma_words(V u8, V v8) {
+DISPCONV_VECTOR_INLINE ChromaVec<V> chroma_words(V u8, V v8) {
     const V z = V::zero(), bias = V::set1_i16(128);
     const V cu = sub_i16(unpacklo_u8(u8, z), bias), cv = sub_i16(unpacklo_u8(v8, z), bias);
     const V gu = mulhi_i16(cu, V::set1_i16(25625));
-    const V bu = mulhi_i16(slli_i16<3>(cu), V::set1_i16(16532));
-    const V gv = mulhi_i16(slli_i16<1>(cv), V::set1_i16(26641));
-    const V rv = mulhi_i16(slli_i16<2>(cv), V::set1_i16(26149));
+    const V bu = mulhi_scaled_i16<3>(cu, V::set1_i16(16532));
+    const V gv = mulhi_scaled_i16<1>(cv, V::set1_i16(26641));
+    const V rv = mulhi_scaled_i16<2>(cv, V::set1_i16(26149));
     return {unpacklo_u16(gu, gu), unpackhi_u16(gu, gu), unpacklo_u16(gv, gv), unpackhi_u16(gv, gv),
             unpacklo_u16(bu, bu), unpackhi_u16(bu, bu), unpacklo_u16(rv, rv), unpackhi_u16(rv, rv)};
 }
 // From U and V words already repeated for both pixels of each pair: twice the multiplies, no
 // shuffles after them.
 template <Vector V>
-ChromaVec<V> pixel_chroma_words(V u_lo, V u_hi, V v_lo, V v_hi) {
+DISPCONV_VECTOR_INLINE ChromaVec<V> pixel_chroma_words(V u_lo, V u_hi, V v_lo, V v_hi) {
     const V bias = V::set1_i16(128);
     const V gu = V::set1_i16(25625), bu = V::set1_i16(16532), gv = V::set1_i16(26641), rv = V::set1_i16(26149);
     const V cu_lo = sub_i16(u_lo, bias), cu_hi = sub_i16(u_hi, bias);
     const V cv_lo = sub_i16(v_lo, bias), cv_hi = sub_i16(v_hi, bias);
     return {mulhi_i16(cu_lo, gu), mulhi_i16(cu_hi, gu),
-            mulhi_i16(slli_i16<1>(cv_lo), gv), mulhi_i16(slli_i16<1>(cv_hi), gv),
-            mulhi_i16(slli_i16<3>(cu_lo), bu), mulhi_i16(slli_i16<3>(cu_hi), bu),
-            mulhi_i16(slli_i16<2>(cv_lo), rv), mulhi_i16(slli_i16<2>(cv_hi), rv)};
+            mulhi_scaled_i16<1>(cv_lo, gv), mulhi_scaled_i16<1>(cv_hi, gv),
+            mulhi_scaled_i16<3>(cu_lo, bu), mulhi_scaled_i16<3>(cu_hi, bu),
+            mulhi_scaled_i16<2>(cv_lo, rv), mulhi_scaled_i16<2>(cv_hi, rv)};
 }
 
 template <Vector V>
@@ -89,16 +89,16 @@ struct RgbVec {
 };
 // From lumas as words (each lane's first and last 8 pixels).
 template <Vector V>
-RgbVec<V> luma_words_to_rgb(V y_lo, V y_hi, const ChromaVec<V>& c) {
+DISPCONV_VECTOR_INLINE RgbVec<V> luma_words_to_rgb(V y_lo, V y_hi, const ChromaVec<V>& c) {
     const V black = V::set1_i16(16), scale = V::set1_i16(19071);
-    const V lo = mulhi_i16(slli_i16<2>(sub_i16(y_lo, black)), scale);
-    const V hi = mulhi_i16(slli_i16<2>(sub_i16(y_hi, black)), scale);
+    const V lo = mulhi_scaled_i16<2>(sub_i16(y_lo, black), scale);
+    const V hi = mulhi_scaled_i16<2>(sub_i16(y_hi, black), scale);
     return {packus_i16(adds_i16(lo, c.rv_lo), adds_i16(hi, c.rv_hi)),
             packus_i16(subs_i16(subs_i16(lo, c.gu_lo), c.gv_lo), subs_i16(subs_i16(hi, c.gu_hi), c.gv_hi)),
             packus_i16(adds_i16(lo, c.bu_lo), adds_i16(hi, c.bu_hi))};
 }
 template <Vector V>
-RgbVec<V> luma_to_rgb(V y, const ChromaVec<V>& c) {
+DISPCONV_VECTOR_INLINE RgbVec<V> luma_to_rgb(V y, const ChromaVec<V>& c) {
     const V z = V::zero();
     return luma_words_to_rgb(unpacklo_u8(y, z), unpackhi_u8(y, z), c);
 }
@@ -109,7 +109,7 @@ struct Rgb32Quads {
     V q0, q1, q2, q3;
 };
 template <Vector V>
-Rgb32Quads<V> interleave_rgb32(const RgbVec<V>& c) {
+DISPCONV_VECTOR_INLINE Rgb32Quads<V> interleave_rgb32(const RgbVec<V>& c) {
     const V z = V::zero();
     const V bg_lo = unpacklo_u8(c.b, c.g), bg_hi = unpackhi_u8(c.b, c.g);
     const V r0_lo = unpacklo_u8(c.r, z), r0_hi = unpackhi_u8(c.r, z);
@@ -122,7 +122,7 @@ struct Rgb24Parts {
     V p0, p1, p2;
 };
 template <Vector V>
-Rgb24Parts<V> pack_rgb24(const RgbVec<V>& c) {
+DISPCONV_VECTOR_INLINE Rgb24Parts<V> pack_rgb24(const RgbVec<V>& c) {
     if constexpr (has_byte_shuffle) {
         // Output byte j of the run is channel j % 3 (B, G, R) of pixel j / 3.
         auto part = [&c](auto tag) {
@@ -155,7 +155,7 @@ struct Rgb16Vec {
     int g_shift, b_shift;
 };
 template <Vector V>
-Rgb16Vec<V> rgb16_vec(const Rgb16Layout& l) {
+DISPCONV_VECTOR_INLINE Rgb16Vec<V> rgb16_vec(const Rgb16Layout& l) {
     return {V::set1_u8(l.r_mask), V::set1_u8(l.g_mask), V::set1_u8(l.b_mask), l.g_shift_left, l.b_shift_right};
 }
 // Each lane's 16 pixels as 16-bit words: lo its first 8, hi its last 8.
@@ -164,7 +164,7 @@ struct Rgb16Pair {
     V lo, hi;
 };
 template <Vector V>
-Rgb16Pair<V> pack_rgb16(const RgbVec<V>& c, const Rgb16Vec<V>& l) {
+DISPCONV_VECTOR_INLINE Rgb16Pair<V> pack_rgb16(const RgbVec<V>& c, const Rgb16Vec<V>& l) {
     const V z = V::zero();
     const V r = c.r & l.r_mask, g = c.g & l.g_mask, b = c.b & l.b_mask;
     return {unpacklo_u8(z, r) | sll_i16(unpacklo_u8(g, z), l.g_shift) | srl_i16(unpacklo_u8(b, z), l.b_shift),
@@ -179,14 +179,18 @@ inline constexpr int pixel_group = Format::bytes_per_pixel == 4 ? 4 : Format::by
 
 // One vector of pixels placed by deal<pixel_group<Format>> stored as the next V::bytes pixels.
 template <class Format, class V>
-void store_rgb(uint8_t* d, const RgbVec<V>& c, const Rgb16Vec<V>& l) {
+DISPCONV_VECTOR_INLINE void store_rgb(uint8_t* d, const RgbVec<V>& c, const Rgb16Vec<V>& l) {
     constexpr int W = V::bytes;
-    if constexpr (Format::bytes_per_pixel == 4) {
+    if constexpr (Format::bytes_per_pixel == 4 && has_structure_stores) {
+        store_interleaved(d, c.b, c.g, c.r, V::zero());
+    } else if constexpr (Format::bytes_per_pixel == 4) {
         const Rgb32Quads<V> q = interleave_rgb32(c);
         V::store(d, q.q0), V::store(d + W, q.q1), V::store(d + 2 * W, q.q2), V::store(d + 3 * W, q.q3);
     } else if constexpr (Format::bytes_per_pixel == 2) {
         const Rgb16Pair<V> w = pack_rgb16(c, l);
         V::store(d, w.lo), V::store(d + W, w.hi);
+    } else if constexpr (has_structure_stores) {
+        store_interleaved(d, c.b, c.g, c.r);
     } else {
         const Rgb24Parts<V> p = pack_rgb24(c);
         store_block_triples(d, p.p0, p.p1, p.p2);
@@ -214,19 +218,19 @@ struct Yuy2Planes {
 };
 // a and b hold each lane's first and second 8 pixels of packed YUY2.
 template <Vector V>
-Yuy2Planes<V> split_yuy2(V a, V b) {
+DISPCONV_VECTOR_INLINE Yuy2Planes<V> split_yuy2(V a, V b) {
     const V m = low_bytes_mask<V>(), z = V::zero();
     const V c = packus_i16(srli_i16<8>(a), srli_i16<8>(b));
     return {packus_i16(a & m, b & m), packus_i16(c & m, z), packus_i16(srli_i16<8>(c), z)};
 }
 template <Vector V>
-V lumas_of_yuy2(V a, V b) {
+DISPCONV_VECTOR_INLINE V lumas_of_yuy2(V a, V b) {
     const V m = low_bytes_mask<V>();
     return packus_i16(a & m, b & m);
 }
 // Lumas and U and V (low halves) to each lane's 32 bytes of YUY2: first and second halves.
 template <Vector V>
-void join_yuy2(V y, V u, V v, V& first, V& second) {
+DISPCONV_VECTOR_INLINE void join_yuy2(V y, V u, V v, V& first, V& second) {
     const V uv = unpacklo_u8(u, v);
     first = unpacklo_u8(y, uv), second = unpackhi_u8(y, uv);
 }
@@ -234,12 +238,12 @@ void join_yuy2(V y, V u, V v, V& first, V& second) {
 // The four-row filter (5 (b + c) - (a + d)) >> 3 on words holding bytes: the sums stay far
 // inside 16 bits, so the saturating steps of the definition never saturate.
 template <Vector V>
-V filter4_words(V a, V b, V c, V d) {
+DISPCONV_VECTOR_INLINE V filter4_words(V a, V b, V c, V d) {
     const V bc = add_i16(b, c);
     return srai_i16<3>(sub_i16(add_i16(bc, slli_i16<2>(bc)), add_i16(a, d)));
 }
 template <Vector V>
-V filter4_bytes(V a, V b, V c, V d) {
+DISPCONV_VECTOR_INLINE V filter4_bytes(V a, V b, V c, V d) {
     const V z = V::zero();
     return packus_i16(filter4_words(unpacklo_u8(a, z), unpacklo_u8(b, z), unpacklo_u8(c, z), unpacklo_u8(d, z)),
                       filter4_words(unpackhi_u8(a, z), unpackhi_u8(b, z), unpackhi_u8(c, z), unpackhi_u8(d, z)));
@@ -247,7 +251,7 @@ V filter4_bytes(V a, V b, V c, V d) {
 
 // The blend step on words: (f * (16 - w) + s * w) >> 4, truncated (16 - w never saturates).
 template <Vector V>
-V mix_words(V f, V s, V w) {
+DISPCONV_VECTOR_INLINE V mix_words(V f, V s, V w) {
     return srli_i16<4>(adds_i16(mullo_i16(f, sub_i16(V::set1_i16(16), w)), mullo_i16(s, w)));
 }
 

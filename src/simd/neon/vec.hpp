@@ -18,6 +18,9 @@ struct Vec;
 // TBL gives zero for an out-of-range index, as a byte shuffle with the top control bit does.
 inline constexpr bool has_byte_shuffle = true;
 
+// Interleaving stores of two to four registers (ST3, ST4).
+inline constexpr bool has_structure_stores = true;
+
 struct LaneTable {
     alignas(16) int8_t bytes[16];
 };
@@ -80,6 +83,14 @@ inline V16 mulhi_i16(V16 a, V16 b) {
     const int32x4_t lo = vmull_s16(vget_low_s16(s16(a)), vget_low_s16(s16(b)));
     const int32x4_t hi = vmull_high_s16(s16(a), s16(b));
     return of(vuzp2q_s16(vreinterpretq_s16_s32(lo), vreinterpretq_s16_s32(hi)));
+}
+// The high 16 bits of (a << n) * k, where a << n fits in 16 bits: for n > 0 one doubling
+// multiply of a << (n - 1), which is exact because it cannot saturate with k positive.
+template <int n>
+inline V16 mulhi_scaled_i16(V16 a, V16 k) {
+    if constexpr (n == 0) return mulhi_i16(a, k);
+    else if constexpr (n == 1) return of(vqdmulhq_s16(s16(a), s16(k)));
+    else return of(vqdmulhq_s16(vshlq_n_s16(s16(a), n - 1), s16(k)));
 }
 inline V16 average_u16(V16 a, V16 b) { return of(vrhaddq_u16(u16(a), u16(b))); }
 inline V16 min_i16(V16 a, V16 b) { return of(vminq_s16(s16(a), s16(b))); }
@@ -191,6 +202,16 @@ inline uint64_t movemask_u8(V16 a) {
 inline V16 blend_u8(V16 a, V16 b, V16 mask) { return {vbslq_u8(mask.r, b.r, a.r)}; }
 // A control byte with its top bit set gives zero; otherwise its low four bits pick the byte.
 inline V16 shuffle_u8(V16 a, V16 control) { return {vqtbl1q_u8(a.r, vandq_u8(control.r, vdupq_n_u8(0x8F)))}; }
+
+// Bytes of the registers interleaved: a0 b0 c0 (d0) a1 b1 ...
+inline void store_interleaved(uint8_t* d, V16 a, V16 b, V16 c) {
+    const uint8x16x3_t x = {{a.r, b.r, c.r}};
+    vst3q_u8(d, x);
+}
+inline void store_interleaved(uint8_t* d, V16 a, V16 b, V16 c, V16 e) {
+    const uint8x16x4_t x = {{a.r, b.r, c.r, e.r}};
+    vst4q_u8(d, x);
+}
 
 // One lane: nothing crosses.
 template <int G>

@@ -171,7 +171,7 @@ struct PortableStretch {
     static void doubled_yuy2(const uint8_t* src, int n, bool edge, const AdjustConstants& a, uint8_t* out) {
         const int c = n / 2;
         uint8_t y[yuy2_chunk + 1], u[yuy2_chunk / 2 + 1], v[yuy2_chunk / 2 + 1];
-        uint8_t dy[2 * yuy2_chunk], du[yuy2_chunk], dv[yuy2_chunk];
+        uint8_t dy[2 * yuy2_chunk], du[yuy2_chunk] = {}, dv[yuy2_chunk] = {};  // zeroed: GCC -m32 cannot see double_run fill them
         PortableCore::split_yuy2(src, y, u, v, n);
         if (edge) {
             y[n] = y[n - 1], u[c] = u[c - 1], v[c] = v[c - 1];

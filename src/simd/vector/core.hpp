@@ -14,7 +14,7 @@ namespace {
 // Chroma bytes (low halves, as load_half_dealt gives them) as words repeated for each pixel of
 // their pair, adjusted and clamped when Adjust says so: lo for each lane's first 8 pixels.
 template <class Adjust, class V>
-void pixel_chroma(V c, V gain, V offset, V& lo, V& hi) {
+DISPCONV_VECTOR_INLINE void pixel_chroma(V c, V gain, V offset, V& lo, V& hi) {
     const V z = V::zero(), pairs = unpacklo_u8(c, c);
     lo = unpacklo_u8(pairs, z), hi = unpackhi_u8(pairs, z);
     if constexpr (Adjust::enabled) lo = clamp_words(adjust_words(lo, gain, offset)), hi = clamp_words(adjust_words(hi, gain, offset));
@@ -22,7 +22,7 @@ void pixel_chroma(V c, V gain, V offset, V& lo, V& hi) {
 // One vector of pixels placed by deal<pixel_group<Format>>, lumas as words, converted and
 // stored: the luma half of every RGB-writing row operation.
 template <class Format, class Adjust, class V>
-void store_luma_words(uint8_t* d, V y_lo, V y_hi, const ChromaVec<V>& c, const AdjustVec<V>& l,
+DISPCONV_VECTOR_INLINE void store_luma_words(uint8_t* d, V y_lo, V y_hi, const ChromaVec<V>& c, const AdjustVec<V>& l,
                       const Rgb16Vec<V>& layout) {
     if constexpr (Adjust::enabled) {
         y_lo = clamp_words(adjust_words(y_lo, l.luma_gain, l.luma_offset));
@@ -33,7 +33,7 @@ void store_luma_words(uint8_t* d, V y_lo, V y_hi, const ChromaVec<V>& c, const A
 
 // The chroma terms of one vector of planar pixels placed by deal<pixel_group<Format>>.
 template <class Format, class Adjust, class V>
-ChromaVec<V> planar_chroma_terms(const uint8_t* u, const uint8_t* v, const AdjustVec<V>& l) {
+DISPCONV_VECTOR_INLINE ChromaVec<V> planar_chroma_terms(const uint8_t* u, const uint8_t* v, const AdjustVec<V>& l) {
     constexpr int g = pixel_group<Format>;
     V u_lo, u_hi, v_lo, v_hi;
     pixel_chroma<Adjust>(V::template load_half_dealt<g>(u), l.chroma_gain, l.u_offset, u_lo, u_hi);
@@ -43,7 +43,7 @@ ChromaVec<V> planar_chroma_terms(const uint8_t* u, const uint8_t* v, const Adjus
 
 // One vector of planar lumas converted with the chroma terms and stored.
 template <class Format, class Adjust, class V>
-void store_planar_rgb(uint8_t* d, const uint8_t* y, const ChromaVec<V>& c, const AdjustVec<V>& l,
+DISPCONV_VECTOR_INLINE void store_planar_rgb(uint8_t* d, const uint8_t* y, const ChromaVec<V>& c, const AdjustVec<V>& l,
                       const Rgb16Vec<V>& layout) {
     const V z = V::zero(), dealt = deal<pixel_group<Format>>(V::load(y));
     store_luma_words<Format, Adjust>(d, unpacklo_u8(dealt, z), unpackhi_u8(dealt, z), c, l, layout);

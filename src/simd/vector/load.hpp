@@ -12,7 +12,7 @@ namespace {
 
 // Rounded averages of neighbouring byte pairs, as words.
 template <class V>
-V pair_averages(V x) {
+DISPCONV_VECTOR_INLINE V pair_averages(V x) {
     return average_u16(x & low_bytes_mask<V>(), srli_i16<8>(x));
 }
 

@@ -28,7 +28,7 @@ template <class V, class Step, class Last>
 
 // Bytes in the low half of each lane adjusted, in the low half (the high half repeats them).
 template <class W>
-W adjust_low_half(W bytes, W gain, W offset) {
+DISPCONV_VECTOR_INLINE W adjust_low_half(W bytes, W gain, W offset) {
     const W w = adjust_words(unpacklo_u8(bytes, W::zero()), gain, offset);
     return packus_i16(w, w);
 }
@@ -36,7 +36,7 @@ W adjust_low_half(W bytes, W gain, W offset) {
 // s moved down one byte within each lane (each 64-bit half when `half`), the top byte of
 // each taken from `top`.
 template <bool half, class W>
-W moved_down(W s, W top) {
+DISPCONV_VECTOR_INLINE W moved_down(W s, W top) {
     static constexpr LaneTable last = lane_table([](int i) { return i == 15 || (half && i == 7) ? -1 : 0; });
     if constexpr (half) return srli_i64<8>(s) | (top & W::table(last));
     else return bsrli<1>(s) | (top & W::table(last));
@@ -44,7 +44,7 @@ W moved_down(W s, W top) {
 
 // Lane by lane: bytes n .. n + 15 of lo followed by hi.
 template <int n, class W>
-W bytes_after(W hi, W lo) {
+DISPCONV_VECTOR_INLINE W bytes_after(W hi, W lo) {
     if constexpr (has_byte_shuffle) return alignr<n>(hi, lo);
     else return bsrli<n>(lo) | bslli<16 - n>(hi);
 }
@@ -55,27 +55,27 @@ struct Doubled {
     W even, odd;
 };
 template <class W>
-Doubled<W> average(Doubled<W> a, Doubled<W> b) {
+DISPCONV_VECTOR_INLINE Doubled<W> average(Doubled<W> a, Doubled<W> b) {
     return {average_u8(a.even, b.even), average_u8(a.odd, b.odd)};
 }
 // Samples at p dealt by 8, so that each interleave of even and odd is a run of the row.
 template <class W>
-Doubled<W> doubled_at(const uint8_t* p) {
+DISPCONV_VECTOR_INLINE Doubled<W> doubled_at(const uint8_t* p) {
     const W s = deal<8>(W::load(p));
     return {s, average_u8(s, deal<8>(W::load(p + 1)))};
 }
 template <class W, class F>
-void store_doubled(uint8_t* d, Doubled<W> x, F&& f) {
+DISPCONV_VECTOR_INLINE void store_doubled(uint8_t* d, Doubled<W> x, F&& f) {
     W::store(d, f(unpacklo_u8(x.even, x.odd))), W::store(d + W::bytes, f(unpackhi_u8(x.even, x.odd)));
 }
 template <class W>
-void store_doubled(uint8_t* d, Doubled<W> x) {
+DISPCONV_VECTOR_INLINE void store_doubled(uint8_t* d, Doubled<W> x) {
     store_doubled(d, x, [](W v) { return v; });
 }
 
 // Packed YUY2 bytes adjusted: luma in the even bytes, U and V alternating in the odd ones.
 template <class W>
-W adjust_yuy2(W x, const AdjustVec<W>& l) {
+DISPCONV_VECTOR_INLINE W adjust_yuy2(W x, const AdjustVec<W>& l) {
     const W y = adjust_words(x & low_bytes_mask<W>(), l.luma_gain, l.luma_offset);
     const W c = adjust_words(srli_i16<8>(x), l.chroma_gain, l.uv_offset);
     const W p = packus_i16(y, c);  // per lane: 8 lumas, then 8 chroma bytes
@@ -87,7 +87,7 @@ W adjust_yuy2(W x, const AdjustVec<W>& l) {
 // Y0 U avg(Y0, Y1) V  Y1 avg(U, U') avg(Y1, Y0') avg(V, V'). Each lane's 32 bytes of output
 // come out in row order as first, second.
 template <class W>
-void doubled_yuy2_pairs(W s, W s2, W s4, W& first, W& second) {
+DISPCONV_VECTOR_INLINE void doubled_yuy2_pairs(W s, W s2, W s4, W& first, W& second) {
     const W m = blend_u8(average_u8(s, s4), average_u8(s, s2), low_bytes_mask<W>());
     W lo, hi;
     if constexpr (has_byte_shuffle) {
@@ -113,7 +113,7 @@ struct Around {
 };
 // Samples d .. d + 15 of a row for offsets -2 .. 2 (the top bytes beyond sample 12 are unused).
 template <class W>
-W at_offset(const Around<W>& r, int d) {
+DISPCONV_VECTOR_INLINE W at_offset(const Around<W>& r, int d) {
     switch (d) {
         case -2: return bsrli<2>(r.early);
         case -1: return bsrli<3>(r.early);
@@ -123,12 +123,12 @@ W at_offset(const Around<W>& r, int d) {
     }
 }
 template <class W>
-W abs_diff_bytes(W x, W y) {
+DISPCONV_VECTOR_INLINE W abs_diff_bytes(W x, W y) {
     return subs_u8(x, y) | subs_u8(y, x);
 }
 // Sums of four neighbouring bytes of `d` (bytes 0..10) as 8 words, sum k = bytes k..k+3.
 template <class W>
-W sums_of_four(W d) {
+DISPCONV_VECTOR_INLINE W sums_of_four(W d) {
     const W z = W::zero();
     return add_i16(add_i16(unpacklo_u8(d, z), unpacklo_u8(bsrli<1>(d), z)),
                    add_i16(unpacklo_u8(bsrli<2>(d), z), unpacklo_u8(bsrli<3>(d), z)));
@@ -136,7 +136,7 @@ W sums_of_four(W d) {
 // Edge-directed interpolation of eight positions (two groups of four) per lane, as 8 bytes
 // in each lane's low half.
 template <class W>
-W edge_interpolate_8(const Around<W>& a, const Around<W>& b) {
+DISPCONV_VECTOR_INLINE W edge_interpolate_8(const Around<W>& a, const Around<W>& b) {
     W best = W::set1_i16(0x7FFF);
     W averages[5];
     for (int j = 0; j < 5; ++j) {
@@ -297,7 +297,8 @@ struct VectorStretch : PortableStretch {
         uint8_t h[32];
         double_run(above, above[n - 1], copy, n);
         double_run(below, below[n - 1], h, n);
-        for_bytes<V>(2 * n, [=]<class W>(int i) { W::store(between + i, average_u8(W::load(copy + i), W::load(h + i))); },
+        // At most 32 bytes: 128-bit steps.
+        for_bytes<Vec<16>>(2 * n, [=]<class W>(int i) { W::store(between + i, average_u8(W::load(copy + i), W::load(h + i))); },
                      [&](int i) { PortableCore::average(copy + i, h + i, between + i, 2 * n - i); });
     }
 

@@ -30,6 +30,9 @@ inline constexpr bool has_byte_shuffle = true;
 inline constexpr bool has_byte_shuffle = false;
 #endif
 
+// No stores that interleave several registers byte by byte (NEON has them).
+inline constexpr bool has_structure_stores = false;
+
 // 16 bytes repeated in every lane, built at compile time (shuffle controls, masks).
 struct LaneTable {
     alignas(16) int8_t bytes[16];
@@ -166,6 +169,11 @@ inline uint64_t movemask_u8(Vec<64> a) { return _mm512_movepi8_mask(a.r); }
 
 inline Vec<16> Vec<16>::table(const LaneTable& t) { return load(t.bytes); }
 inline Vec<16> Vec<16>::load_half(const void* p) { return {_mm_loadl_epi64(static_cast<const __m128i*>(p))}; }
+
+// The high 16 bits of (a << n) * k, where a << n fits in 16 bits: the form of every fixed-point
+// scale here (NEON does it in one doubling multiply).
+template <int n, int W>
+inline Vec<W> mulhi_scaled_i16(Vec<W> a, Vec<W> k) { return mulhi_i16(slli_i16<n>(a), k); }
 
 // Bytes of b where the mask byte is set (all ones), else bytes of a.
 inline Vec<16> blend_u8(Vec<16> a, Vec<16> b, Vec<16> mask) {
