@@ -199,7 +199,7 @@ DISPCONV_VECTOR_INLINE void store_rgb(uint8_t* d, const RgbVec<V>& c, const Rgb1
 
 // Lane k's 16 pixels stored as block k of the run: the pixels need no dealing beforehand.
 template <class Format, class V>
-void store_rgb_blocks(uint8_t* d, const RgbVec<V>& c, const Rgb16Vec<V>& l) {
+DISPCONV_VECTOR_INLINE void store_rgb_blocks(uint8_t* d, const RgbVec<V>& c, const Rgb16Vec<V>& l) {
     if constexpr (Format::bytes_per_pixel == 4) {
         const Rgb32Quads<V> q = interleave_rgb32(c);
         store_block_quads(d, q.q0, q.q1, q.q2, q.q3);

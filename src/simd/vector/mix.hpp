@@ -16,11 +16,11 @@ namespace {
 // The blend step with its words clamped as a narrowing to bytes would (they are never
 // negative), ready for the adjustment.
 template <class V>
-V mixed_words(V frame, V sub, V weight) {
+DISPCONV_VECTOR_INLINE V mixed_words(V frame, V sub, V weight) {
     return min_i16(mix_words(frame, sub, weight), V::set1_i16(255));
 }
 template <class V>
-V mix_bytes(V frame, V sub, V weight) {
+DISPCONV_VECTOR_INLINE V mix_bytes(V frame, V sub, V weight) {
     const V z = V::zero();
     return packus_i16(mix_words(unpacklo_u8(frame, z), unpacklo_u8(sub, z), unpacklo_u8(weight, z)),
                       mix_words(unpackhi_u8(frame, z), unpackhi_u8(sub, z), unpackhi_u8(weight, z)));
@@ -32,7 +32,7 @@ struct MixedBlocks {
     V y, u, v;
 };
 template <bool PairAverage, class V>
-MixedBlocks<V> mix_adjust_blocks(const MixRow& s, ptrdiff_t at, const AdjustVec<V>& l) {
+DISPCONV_VECTOR_INLINE MixedBlocks<V> mix_adjust_blocks(const MixRow& s, ptrdiff_t at, const AdjustVec<V>& l) {
     const V z = V::zero();
     const ptrdiff_t half = at / 2;
     auto chroma = [half, z](const uint8_t* p, const uint8_t* below) {  // as words
@@ -59,7 +59,7 @@ MixedBlocks<V> mix_adjust_blocks(const MixRow& s, ptrdiff_t at, const AdjustVec<
 // lane, each chroma pair weighted by the alpha of its second output pixel. A run's first block
 // leaves its first chroma byte unread: the kernel never uses it.
 template <bool RunStart, class V>
-V mix_half_blocks(const MixRow& s, ptrdiff_t at, const AdjustVec<V>& l) {
+DISPCONV_VECTOR_INLINE V mix_half_blocks(const MixRow& s, ptrdiff_t at, const AdjustVec<V>& l) {
     const V z = V::zero();
     const ptrdiff_t half = at / 2;
     auto odd_chroma = [half](const uint8_t* p) {  // as words 0..3 of each lane
@@ -81,8 +81,6 @@ V mix_half_blocks(const MixRow& s, ptrdiff_t at, const AdjustVec<V>& l) {
     return unpacklo_u8(y8, unpacklo_u8(u8, v8));
 }
 
-// Every operation is flattened: the helpers of its steps inlined, so that no vector passes
-// through memory between them.
 template <class V>
 struct VectorMix {
     static constexpr int block = 16;  // pixels per block of the AYUY2 mixers
@@ -90,7 +88,6 @@ struct VectorMix {
     // One row of `blocks` blocks mixed and adjusted, each step's blocks handed to
     // store(first pixel, MixedBlocks).
     template <bool PairAverage, class Store>
-    [[gnu::flatten]]
     static void mix_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, Store&& store) {
         const MixRow s = row;  // copies the stores cannot alias: the constants stay in registers
         const AdjustConstants k = a;
@@ -101,7 +98,6 @@ struct VectorMix {
     }
 
     // One row into YUY2, odd-pixel chroma weights.
-    [[gnu::flatten]]
     static void mix_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
         mix_run<false>(row, blocks, a, [dst]<class W>(ptrdiff_t at, const MixedBlocks<W>& m) {
             W first, second;
@@ -112,7 +108,6 @@ struct VectorMix {
 
     // One row into an RGB format, after the conversion of the mixed, adjusted samples.
     template <class Format, bool PairAverage>
-    [[gnu::flatten]]
     static void mix_rgb_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, const Rgb16Layout& layout,
                             uint8_t* dst) {
         const Rgb16Layout lay = layout;
@@ -123,7 +118,6 @@ struct VectorMix {
     }
 
     // One row into half-width YUY2 (8 pixels out of 16).
-    [[gnu::flatten]]
     static void mix_half_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
         const MixRow s = row;
         const AdjustConstants k = a;
@@ -137,7 +131,6 @@ struct VectorMix {
     // One row of a YV12 plane mixed (then adjusted, with Adjust); chroma rows take the odd
     // alphas of an alpha run twice as long.
     template <class Adjust, bool Chroma>
-    [[gnu::flatten]]
     static void mix_plane_row(const uint8_t* frame, const uint8_t* frame_below, const uint8_t* sub,
                               const uint8_t* alpha, uint8_t* out, uint32_t samples, int16_t gain, int16_t offset) {
         // W::bytes samples, or with Half eight in the low half of a 128-bit vector.

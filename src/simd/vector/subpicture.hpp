@@ -21,7 +21,7 @@ struct SubpictureLanes {
     V weights, bias;
 };
 template <class V>
-SubpictureLanes<V> subpicture_lanes(const SubpictureWeights& w) {
+DISPCONV_VECTOR_INLINE SubpictureLanes<V> subpicture_lanes(const SubpictureWeights& w) {
     const auto word = [](int v, int at) { return int64_t(uint16_t(v)) << (16 * at); };
     return {V::set1_i64(word(w.blue, 0) | word(w.green, 1) | word(w.red, 2) | word(1024, 3)),
             V::set1_i64(word(w.bias, 3))};
@@ -30,7 +30,7 @@ SubpictureLanes<V> subpicture_lanes(const SubpictureWeights& w) {
 // Four (b, g, r, x) pixels per lane: the multiply-add in 16-bit pairs, the pair sums added and
 // shifted right arithmetically by 10.
 template <class V>
-V subpicture_sums(V px, const SubpictureLanes<V>& o) {
+DISPCONV_VECTOR_INLINE V subpicture_sums(V px, const SubpictureLanes<V>& o) {
     const V z = V::zero();
     const V lo = madd_i16(unpacklo_u8(px, z) | o.bias, o.weights);
     const V hi = madd_i16(unpackhi_u8(px, z) | o.bias, o.weights);
@@ -39,7 +39,7 @@ V subpicture_sums(V px, const SubpictureLanes<V>& o) {
 
 // Four 3-byte pixels from bytes 0..11 of each lane to 32-bit words with a zero top byte.
 template <class V>
-V widen_rgb24(V p) {
+DISPCONV_VECTOR_INLINE V widen_rgb24(V p) {
     if constexpr (has_byte_shuffle) {
         static constexpr LaneTable t = lane_table([](int i) { return i % 4 == 3 ? -1 : i / 4 * 3 + i % 4; });
         return shuffle_u8(p, V::table(t));
@@ -56,7 +56,7 @@ V widen_rgb24(V p) {
 
 // A bit per lane: set where the lane's 16 compared bytes were all equal.
 template <class V>
-uint32_t equal_lanes(V eq) {
+DISPCONV_VECTOR_INLINE uint32_t equal_lanes(V eq) {
     const uint64_t m = movemask_u8(eq);
     uint32_t lanes = 0;
     for (int k = 0; k < V::lanes; ++k) lanes |= uint32_t((m >> (16 * k) & 0xFFFF) == 0xFFFF) << k;
@@ -66,7 +66,7 @@ uint32_t equal_lanes(V eq) {
 // Eight source pixels per lane widened to (b, g, r, x) words (q0 pixels 0..3, q1 4..7), and a
 // bit per lane whose pixels all equal the key.
 template <class Format, class V>
-uint32_t expand_blocks(const uint8_t* src, uint32_t key, V& q0, V& q1) {
+DISPCONV_VECTOR_INLINE uint32_t expand_blocks(const uint8_t* src, uint32_t key, V& q0, V& q1) {
     if constexpr (Format::bytes_per_pixel == 2) {
         const V p = V::load(src);
         const V bg = (slli_i16<3>(p) & V::set1_i16(0x00F8)) | (slli_i16<5>(p) & V::set1_i16(int16_t(0xFC00)));
@@ -88,7 +88,7 @@ uint32_t expand_blocks(const uint8_t* src, uint32_t key, V& q0, V& q1) {
 
 // The byte at offset 2 of each of four 3-byte groups in bytes 0..11 of each lane, as 32-bit words.
 template <class V>
-V third_bytes(V p) {
+DISPCONV_VECTOR_INLINE V third_bytes(V p) {
     if constexpr (has_byte_shuffle) {
         static constexpr LaneTable t = lane_table([](int i) { return i % 4 == 0 ? i / 4 * 3 + 2 : -1; });
         return shuffle_u8(p, V::table(t));
@@ -97,14 +97,11 @@ V third_bytes(V p) {
     }
 }
 
-// Every operation is flattened: the helpers of its steps inlined, so that no vector passes
-// through memory between them.
 template <class V>
 struct VectorSubpicture {
     // Blocks of 8 pixels: those entirely of `key` are skipped, the others converted (y, u and v
     // advance by 8, 4, 4 per block either way).
     template <class Format>
-    [[gnu::flatten]]
     static void rgb_row_to_subpicture(const uint8_t* src, uint32_t blocks, uint32_t key, uint8_t* y, uint8_t* u,
                                       uint8_t* v) {
         constexpr int bpp = Format::bytes_per_pixel;
@@ -133,7 +130,6 @@ struct VectorSubpicture {
     // Adjust says so, converted and selected by opacity read as a signed byte: 0 takes the key
     // pixel, 1..127 the converted pixel, 128..255 all zero bytes.
     template <class Format, class Adjust>
-    [[gnu::flatten]]
     static void ayuy2_row_to_rgb(const uint8_t* sub_y, const uint8_t* sub_u, const uint8_t* sub_v,
                                  const uint8_t* opacity, uint32_t blocks, const uint8_t* key,
                                  const AdjustConstants& a, const Rgb16Layout& layout, uint8_t* image) {
@@ -172,7 +168,6 @@ struct VectorSubpicture {
 
     // dst[i] = src[i * step + offset] & mask: one byte taken from each pixel.
     template <int step, int offset, uint8_t mask>
-    [[gnu::flatten]]
     static void pick_bytes(const uint8_t* src, uint8_t* dst, int n) {
         auto rest = [&](int i) { PortableSubpicture::pick_bytes<step, offset, mask>(src + step * i, dst + i, n - i); };
         // Eight outputs from the low halves of 128-bit steps, then the rest: whole pixels are loaded.
@@ -222,7 +217,6 @@ struct VectorSubpicture {
 
     // Each byte becomes the first of `step` bytes, the others zero.
     template <int step>
-    [[gnu::flatten]]
     static void spread_bytes(const uint8_t* src, uint8_t* dst, int n) {
         for_bytes<V>(n, [&]<class W>(int i) {
             const W z = W::zero(), a = W::load(src + i);
@@ -234,7 +228,6 @@ struct VectorSubpicture {
     }
 
     // `n` bytes of a repeated pattern (n a multiple of pattern_bytes).
-    [[gnu::flatten]]
     static void fill_pattern(uint8_t* dst, const uint8_t* pattern, int pattern_bytes, int n) {
         auto rest = [&](int i) { PortableSubpicture::fill_pattern(dst + i, pattern, pattern_bytes, n - i); };
         if (pattern_bytes == 8 && std::memcmp(pattern, pattern + 4, 4) == 0) {
@@ -263,7 +256,6 @@ struct VectorSubpicture {
     }
 
     // dst[i] becomes `key` where mask[i] equals `marker`, and stays as it is elsewhere.
-    [[gnu::flatten]]
     static void replace_marked(const uint8_t* mask, uint8_t marker, uint8_t key, uint8_t* dst, int n) {
         for_bytes<V>(n, [&]<class W>(int i) {
             const W hit = cmpeq_u8(W::load(mask + i), W::set1_u8(marker));
