@@ -6,20 +6,16 @@
 #include <cstdint>
 
 #include "core/formats.hpp"
+#include "core/geometry.hpp"
 #include "core/walk.hpp"
-#include "simd/portable/mix.hpp"
+#include "mix/row.hpp"
 
 namespace dispconv::kernels {
 namespace {
 
 constexpr int mix_block = 16;  // pixels per block of the AYUY2 mixers
 
-// The samples under one row of a run of blocks (a frame plane may be read as the average of
-// two rows).
-using simd::MixRow;
-
-// Output forms of the AYUY2 mixers. `rows` mixes `count` rows of `blocks` 16-pixel blocks,
-// block by block, row `r` stored at dst[r].
+// Output forms of the AYUY2 mixers. `run` mixes one row of `blocks` 16-pixel blocks into dst.
 struct Yuy2Output {
     static constexpr int block_bytes = 2 * mix_block;
     static constexpr bool frame_at_sub_spacing = false;
@@ -27,9 +23,8 @@ struct Yuy2Output {
     static bool select_layout(const MIX_INFO*, Rgb16Layout&) { return true; }
 
     template <class V>
-    static void rows(const MixRow* s, int count, uint32_t blocks, const AdjustConstants& a,
-                     const Rgb16Layout&, uint8_t* const* dst) {
-        V::mix_yuy2_rows(s, count, blocks, a, dst);
+    static void run(const MixRow& s, uint32_t n, const AdjustConstants& a, const Rgb16Layout&, uint8_t* d) {
+        V::mix_yuy2_run(s, n, a, d);
     }
 };
 
@@ -43,9 +38,8 @@ struct HalfYuy2Output {
     static bool select_layout(const MIX_INFO*, Rgb16Layout&) { return true; }
 
     template <class V>
-    static void rows(const MixRow* s, int count, uint32_t blocks, const AdjustConstants& a,
-                     const Rgb16Layout&, uint8_t* const* dst) {
-        V::mix_half_yuy2_rows(s, count, blocks, a, dst);
+    static void run(const MixRow& s, uint32_t n, const AdjustConstants& a, const Rgb16Layout&, uint8_t* d) {
+        V::mix_half_yuy2_run(s, n, a, d);
     }
 };
 
@@ -64,11 +58,30 @@ struct RgbOutput {
     }
 
     template <class V>
-    static void rows(const MixRow* s, int count, uint32_t blocks, const AdjustConstants& a,
-                     const Rgb16Layout& layout, uint8_t* const* dst) {
-        V::template mix_rgb_rows<Format, PairAverage>(s, count, blocks, a, layout, dst);
+    static void run(const MixRow& s, uint32_t n, const AdjustConstants& a, const Rgb16Layout& layout, uint8_t* d) {
+        V::template mix_rgb_run<Format, PairAverage>(s, n, a, layout, d);
     }
 };
+
+// `count` rows of `blocks` blocks in an output form, row r stored at dst[r]. Rows that share a
+// byte go block by block, every row's block i before any block i + 1, the order that decides
+// the shared bytes; others a whole row at a time (stores to rows in step are slower).
+template <class V, class Out>
+void mix_rows(const MixRow* rows, int count, uint32_t blocks, const AdjustConstants& a, const Rgb16Layout& layout,
+              uint8_t* const* dst) {
+    const ptrdiff_t row_bytes = ptrdiff_t(blocks) * Out::block_bytes;
+    bool apart = true;
+    for (int r = 0; r < count; ++r)
+        for (int q = r + 1; q < count; ++q) apart = apart && !runs_overlap(dst[r], dst[q], row_bytes);
+    if (apart) {
+        for (int r = 0; r < count; ++r) Out::template run<V>(rows[r], blocks, a, layout, dst[r]);
+        return;
+    }
+    for (uint32_t i = 0; i < blocks; ++i)
+        for (int r = 0; r < count; ++r)
+            Out::template run<V>(rows[r].advanced(ptrdiff_t(i) * mix_block), 1u, a, layout,
+                                 dst[r] + ptrdiff_t(i) * Out::block_bytes);
+}
 
 // The record fields that the YUY2-style mixers move as they go, worked on in locals and
 // written back on return.

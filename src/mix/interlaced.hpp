@@ -75,7 +75,7 @@ void mix_ayuy2_yuy2_i_ajust(MIX_INFO* info) {
             if (last && r == 2) m.height = 2;  // the last group counts its final two rows
             const MixRow row = field_row(plan[r], frame_y, m.frame_u, m.frame_v, frame_stride,
                                          frame_chroma_pitch, m.sub_opacity, m.sub_y, m.sub_u, m.sub_v);
-            Yuy2Output::rows<V>(&row, 1, blocks, a, rgb16_layouts[0], &out);
+            Yuy2Output::run<V>(row, blocks, a, rgb16_layouts[0], out);
             frame_y += run;
             out += 2 * run;
             m.sub_opacity += run;
@@ -134,7 +134,7 @@ void mix_rgb_interlaced(const MIX_INFO* info) {
                                 sub_v + r * sub_chroma_pitch);
             dst[r] = out + r * image_stride;
         }
-        Out::template rows<V>(rows, 4, across, a, layout, dst);
+        mix_rows<V, Out>(rows, 4, across, a, layout, dst);
         luma += 2 * frame_stride;
         frame_u += frame_stride >> 1;
         frame_v += frame_stride >> 1;

@@ -36,7 +36,7 @@ void mix_progressive(MIX_INFO* info) {
             {frame_y + frame_second_row, m.frame_u, m.frame_v, m.sub_opacity + sub_second_row,
              m.sub_y + sub_second_row, m.sub_u + sub_chroma_pitch, m.sub_v + sub_chroma_pitch}};
         uint8_t* const dst[2] = {out, out + image_stride};
-        Out::template rows<V>(pair, 2, blocks, a, layout, dst);
+        mix_rows<V, Out>(pair, 2, blocks, a, layout, dst);
         frame_y += run;
         out += ptrdiff_t(blocks) * Out::block_bytes;
         m.sub_opacity += run;

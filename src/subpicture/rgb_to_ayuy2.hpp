@@ -29,10 +29,18 @@ void rgb_to_ayuy2(MIX_INFO* info) {
     uintptr_t opacity = reinterpret_cast<uintptr_t>(info->sub_opacity);
 
     // Both counters are tested after counting down: width < 8 or height 0 run on (caller error;
-    // the row operation takes 0 blocks as 2^32).
+    // 0 blocks are 2^32, handed over as two halves).
+    const auto row = [&](const uint8_t* s, uint8_t* ry, uint8_t* ru, uint8_t* rv) {
+        if (blocks != 0) return V::template rgb_row_to_subpicture<Format>(s, blocks, info->color_key, ry, ru, rv);
+        constexpr uint32_t half = 1u << 31;
+        V::template rgb_row_to_subpicture<Format>(s, half, info->color_key, ry, ru, rv);
+        V::template rgb_row_to_subpicture<Format>(s + ptrdiff_t(half) * block * bpp, half, info->color_key,
+                                                  ry + ptrdiff_t(half) * block, ru + ptrdiff_t(half) * (block / 2),
+                                                  rv + ptrdiff_t(half) * (block / 2));
+    };
     uint32_t rows = static_cast<uint32_t>(info->height);
     do {
-        V::template rgb_row_to_subpicture<Format>(src, blocks, info->color_key, y, u, v);
+        row(src, y, u, v);
         src += ptrdiff_t(blocks) * block * bpp, y += blocks * block, u += blocks * (block / 2), v += blocks * (block / 2);
         // The steps use the nominal width: a width off the block starts each row earlier.
         src += image_skip, y += sub_skip, u += chroma_skip, v += chroma_skip;

@@ -197,6 +197,20 @@ DISPCONV_VECTOR_INLINE void store_rgb(uint8_t* d, const RgbVec<V>& c, const Rgb1
     }
 }
 
+// Lane k's 16 pixels stored as block k of the run: the pixels need no dealing beforehand.
+template <class Format, class V>
+DISPCONV_VECTOR_INLINE void store_rgb_blocks(uint8_t* d, const RgbVec<V>& c, const Rgb16Vec<V>& l) {
+    if constexpr (Format::bytes_per_pixel == 4) {
+        const Rgb32Quads<V> q = interleave_rgb32(c);
+        store_block_quads(d, q.q0, q.q1, q.q2, q.q3);
+    } else if constexpr (Format::bytes_per_pixel == 2) {
+        const Rgb16Pair<V> w = pack_rgb16(c, l);
+        store_block_pairs(d, w.lo, w.hi);
+    } else {
+        store_rgb<Format>(d, c, l);  // RGB24 keeps a block per lane already
+    }
+}
+
 // Packed YUY2, 16 pixels per lane from two vectors: lumas, and U and V in the low halves.
 template <Vector V>
 struct Yuy2Planes {

@@ -5,7 +5,9 @@
 
 #include <arm_neon.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace dispconv::simd {
 namespace {
@@ -239,6 +241,30 @@ template <class V>
 V load_staggered(const void* p);
 template <>
 inline V16 load_staggered<V16>(const void* p) { return V16::load(p); }
+
+// Primitives first needed by the sub-picture operations.
+
+template <class V>
+V load_lanes(const void* p, ptrdiff_t stride);
+template <>
+inline V16 load_lanes<V16>(const void* p, ptrdiff_t) { return V16::load(p); }
+inline V16 even_u32(V16 a, V16 b) { return of(vuzp1q_u32(u32(a), u32(b))); }
+inline V16 odd_u32(V16 a, V16 b) { return of(vuzp2q_u32(u32(a), u32(b))); }
+inline void store_low_u32(uint8_t* d, V16 v) {
+    const uint32_t w = vgetq_lane_u32(u32(v), 0);
+    std::memcpy(d, &w, 4);
+}
+inline void store_repeated_u32(uint8_t* d, uint32_t word, size_t count) {
+    const uint8x16_t w = vreinterpretq_u8_u32(vdupq_n_u32(word));
+    for (; count >= 4; count -= 4, d += 16) vst1q_u8(d, w);
+    for (; count; --count, d += 4) std::memcpy(d, &word, 4);
+}
+
+// Primitives first needed by the mix operations.
+
+inline void store_block_quads(uint8_t* d, V16 a, V16 b, V16 c, V16 e) {
+    V16::store(d, a), V16::store(d + 16, b), V16::store(d + 32, c), V16::store(d + 48, e);
+}
 
 }  // namespace
 }  // namespace dispconv::simd

@@ -4,42 +4,12 @@
 #include <cstddef>
 
 #include "core/adjust.hpp"
+#include "mix/row.hpp"
 #include "simd/portable/core.hpp"
 #include "simd/portable/load.hpp"
 
 namespace dispconv::simd {
 namespace {
-
-// The samples under one row of a run of blocks: frame luma and chroma, sub-picture alpha, luma
-// and chroma (the chroma runs are half as long as the luma runs). Where a `below` pointer is
-// set, that frame plane is read as the rounded average of its row and the row at `below`.
-struct MixRow {
-    const uint8_t* frame_y;
-    const uint8_t* frame_u;
-    const uint8_t* frame_v;
-    const uint8_t* alpha;
-    const uint8_t* sub_y;
-    const uint8_t* sub_u;
-    const uint8_t* sub_v;
-    const uint8_t* frame_y_below = nullptr;
-    const uint8_t* frame_u_below = nullptr;
-    const uint8_t* frame_v_below = nullptr;
-
-    // The same row `pixels` further right.
-    MixRow advanced(ptrdiff_t pixels) const {
-        const ptrdiff_t half = pixels / 2;
-        return {frame_y + pixels,
-                frame_u + half,
-                frame_v + half,
-                alpha + pixels,
-                sub_y + pixels,
-                sub_u + half,
-                sub_v + half,
-                frame_y_below ? frame_y_below + pixels : nullptr,
-                frame_u_below ? frame_u_below + half : nullptr,
-                frame_v_below ? frame_v_below + half : nullptr};
-    }
-};
 
 struct PortableMix {
     static constexpr int block = 16;  // pixels per block of the AYUY2 mixers
@@ -75,17 +45,13 @@ struct PortableMix {
         PortableCore::adjust(v, v, block / 2, a.chroma_gain, a.v_offset);
     }
 
-    // `count` rows of `blocks` blocks each into YUY2 at dst[0..count), odd-pixel chroma weights.
-    // The blocks go left to right and each block row by row, the order of the stores of a walk
-    // that goes block by block (it shows where rows overlap).
-    static void mix_yuy2_rows(const MixRow* rows, int count, uint32_t blocks,
-                              const AdjustConstants& a, uint8_t* const* dst) {
-        for (uint32_t i = 0; i < blocks; ++i)
-            for (int r = 0; r < count; ++r) {
-                uint8_t y[block], u[block / 2], v[block / 2];
-                mix_adjust_block<false>(rows[r].advanced(ptrdiff_t(i) * block), a, y, u, v);
-                PortableCore::join_yuy2(y, u, v, dst[r] + ptrdiff_t(i) * 2 * block, block);
-            }
+    // One row of `blocks` blocks into YUY2, odd-pixel chroma weights.
+    static void mix_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
+        for (uint32_t i = 0; i < blocks; ++i) {
+            uint8_t y[block], u[block / 2], v[block / 2];
+            mix_adjust_block<false>(row.advanced(ptrdiff_t(i) * block), a, y, u, v);
+            PortableCore::join_yuy2(y, u, v, dst + ptrdiff_t(i) * 2 * block, block);
+        }
     }
 
     // One row of `samples` samples of a YV12 plane mixed (then adjusted, with Adjust). Chroma
@@ -118,47 +84,42 @@ struct PortableMix {
         }
     }
 
-    // `count` rows of `blocks` blocks each into half-width YUY2 (8 pixels out of 16): only the
-    // odd samples are kept, and a chroma pair's weight is the alpha of its second output pixel.
-    // Same store order as mix_yuy2_rows.
-    static void mix_half_yuy2_rows(const MixRow* rows, int count, uint32_t blocks,
-                                   const AdjustConstants& a, uint8_t* const* dst) {
+    // One row of `blocks` blocks into half-width YUY2 (8 pixels out of 16): only the odd
+    // samples are kept, and a chroma pair's weight is the alpha of its second output pixel.
+    static void mix_half_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
         constexpr int out = block / 2;
-        for (uint32_t i = 0; i < blocks; ++i)
-            for (int r = 0; r < count; ++r) {
-                const MixRow s = rows[r].advanced(ptrdiff_t(i) * block);
-                uint8_t fy[out], fu[out / 2], fv[out / 2], alpha[out], sy[out], su[out / 2], sv[out / 2];
-                PortableLoad::keep_odd(s.frame_y, fy, out);
-                PortableLoad::keep_odd(s.frame_u, fu, out / 2);
-                PortableLoad::keep_odd(s.frame_v, fv, out / 2);
-                PortableLoad::keep_odd(s.alpha, alpha, out);
-                PortableLoad::keep_odd(s.sub_y, sy, out);
-                PortableLoad::keep_odd(s.sub_u, su, out / 2);
-                PortableLoad::keep_odd(s.sub_v, sv, out / 2);
-                uint8_t w[out / 2], y[out], u[out / 2], v[out / 2];
-                PortableLoad::keep_odd(alpha, w, out / 2);
-                mix(fy, sy, alpha, y, out);
-                mix(fu, su, w, u, out / 2);
-                mix(fv, sv, w, v, out / 2);
-                PortableCore::adjust(y, y, out, a.luma_gain, a.luma_offset);
-                PortableCore::adjust(u, u, out / 2, a.chroma_gain, a.u_offset);
-                PortableCore::adjust(v, v, out / 2, a.chroma_gain, a.v_offset);
-                PortableCore::join_yuy2(y, u, v, dst[r] + ptrdiff_t(i) * out * 2, out);
-            }
+        for (uint32_t i = 0; i < blocks; ++i) {
+            const MixRow s = row.advanced(ptrdiff_t(i) * block);
+            uint8_t fy[out], fu[out / 2], fv[out / 2], alpha[out], sy[out], su[out / 2], sv[out / 2];
+            PortableLoad::keep_odd(s.frame_y, fy, out);
+            PortableLoad::keep_odd(s.frame_u, fu, out / 2);
+            PortableLoad::keep_odd(s.frame_v, fv, out / 2);
+            PortableLoad::keep_odd(s.alpha, alpha, out);
+            PortableLoad::keep_odd(s.sub_y, sy, out);
+            PortableLoad::keep_odd(s.sub_u, su, out / 2);
+            PortableLoad::keep_odd(s.sub_v, sv, out / 2);
+            uint8_t w[out / 2], y[out], u[out / 2], v[out / 2];
+            PortableLoad::keep_odd(alpha, w, out / 2);
+            mix(fy, sy, alpha, y, out);
+            mix(fu, su, w, u, out / 2);
+            mix(fv, sv, w, v, out / 2);
+            PortableCore::adjust(y, y, out, a.luma_gain, a.luma_offset);
+            PortableCore::adjust(u, u, out / 2, a.chroma_gain, a.u_offset);
+            PortableCore::adjust(v, v, out / 2, a.chroma_gain, a.v_offset);
+            PortableCore::join_yuy2(y, u, v, dst + ptrdiff_t(i) * out * 2, out);
+        }
     }
 
     // The same into an RGB format, after the conversion of the mixed, adjusted samples.
     template <class Format, bool PairAverage>
-    static void mix_rgb_rows(const MixRow* rows, int count, uint32_t blocks,
-                             const AdjustConstants& a, const Rgb16Layout& layout,
-                             uint8_t* const* dst) {
-        for (uint32_t i = 0; i < blocks; ++i)
-            for (int r = 0; r < count; ++r) {
-                uint8_t y[block], u[block / 2], v[block / 2];
-                mix_adjust_block<PairAverage>(rows[r].advanced(ptrdiff_t(i) * block), a, y, u, v);
-                PortableCore::yuv_to_rgb_store<Format>(
-                    y, u, v, block, dst[r] + ptrdiff_t(i) * block * Format::bytes_per_pixel, layout);
-            }
+    static void mix_rgb_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, const Rgb16Layout& layout,
+                            uint8_t* dst) {
+        for (uint32_t i = 0; i < blocks; ++i) {
+            uint8_t y[block], u[block / 2], v[block / 2];
+            mix_adjust_block<PairAverage>(row.advanced(ptrdiff_t(i) * block), a, y, u, v);
+            PortableCore::yuv_to_rgb_store<Format>(y, u, v, block, dst + ptrdiff_t(i) * block * Format::bytes_per_pixel,
+                                                   layout);
+        }
     }
 };
 

@@ -84,21 +84,20 @@ public:
         }
     }
 
-    // A row of `blocks` blocks of 8 source pixels (blocks 0 counts as 2^32, a caller error):
-    // blocks entirely of `key` are skipped, the others converted; y, u and v advance by 8, 4, 4
-    // per block either way.
+    // A row of `blocks` blocks of 8 source pixels: blocks entirely of `key` are skipped, the
+    // others converted; y, u and v advance by 8, 4, 4 per block either way.
     template <class Format>
     static void rgb_row_to_subpicture(const uint8_t* src, uint32_t blocks, uint32_t key, uint8_t* y,
                                       uint8_t* u, uint8_t* v) {
         constexpr int block = 8;
-        do {
+        for (; blocks != 0; --blocks) {
             if (!all_key<Format>(src, block, key)) {
                 uint8_t bgrx[4 * block];
                 expand_bgrx<Format>(src, bgrx, block);
                 bgrx_to_subpicture(bgrx, block, y, u, v);
             }
             src += block * Format::bytes_per_pixel, y += block, u += block / 2, v += block / 2;
-        } while (--blocks != 0);
+        }
     }
 
     // `blocks` blocks of 16 sub-picture pixels (16 lumas, 8 U, 8 V, 16 opacities each),

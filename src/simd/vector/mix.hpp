@@ -1,30 +1,166 @@
-// Mix operations on vectors of any width (interim: the old x86 code, the reference elsewhere).
+// Mix operations on vectors of any width: one 16-pixel block per 128-bit lane, so each lane
+// computes what one 128-bit step does. Runs are single rows; the walk decides their order.
 #pragma once
 
+#include <cstring>
+
+#include "mix/row.hpp"
+#include "simd/generic/arith.hpp"
+#include "simd/generic/tails.hpp"
 #include "simd/portable/mix.hpp"
 #include "simd/vec.hpp"
-#if defined(__x86_64__) || defined(__i386__)
-#include "simd/x86/sse2_mix.hpp"
-#endif
-#if defined(__AVX2__)
-#include "simd/x86/avx2_mix.hpp"
-#endif
 
 namespace dispconv::simd {
 namespace {
 
-#if defined(__AVX2__)
+// The blend step with its words clamped as a narrowing to bytes would (they are never
+// negative), ready for the adjustment.
 template <class V>
-struct VectorMix : Avx2Mix {};
-template <>
-struct VectorMix<Vec<16>> : Sse2Mix {};
-#elif defined(__x86_64__) || defined(__i386__)
+DISPCONV_VECTOR_INLINE V mixed_words(V frame, V sub, V weight) {
+    return min_i16(mix_words(frame, sub, weight), V::set1_i16(255));
+}
 template <class V>
-struct VectorMix : Sse2Mix {};
-#else
+DISPCONV_VECTOR_INLINE V mix_bytes(V frame, V sub, V weight) {
+    const V z = V::zero();
+    return packus_i16(mix_words(unpacklo_u8(frame, z), unpacklo_u8(sub, z), unpacklo_u8(weight, z)),
+                      mix_words(unpackhi_u8(frame, z), unpackhi_u8(sub, z), unpackhi_u8(weight, z)));
+}
+
+// A block per lane mixed, then adjusted: y as 16 bytes, u and v as 8 bytes in the low half.
 template <class V>
-struct VectorMix : PortableMix {};
-#endif
+struct MixedBlocks {
+    V y, u, v;
+};
+template <bool PairAverage, class V>
+DISPCONV_VECTOR_INLINE MixedBlocks<V> mix_adjust_blocks(const MixRow& s, ptrdiff_t at, const AdjustVec<V>& l) {
+    const V z = V::zero();
+    const ptrdiff_t half = at / 2;
+    auto chroma = [half, z](const uint8_t* p, const uint8_t* below) {  // as words
+        V c = V::load_half(p + half);
+        if (below) c = average_u8(c, V::load_half(below + half));
+        return unpacklo_u8(c, z);
+    };
+    V fy = V::load(s.frame_y + at);
+    if (s.frame_y_below) fy = average_u8(fy, V::load(s.frame_y_below + at));
+    const V alpha = V::load(s.alpha + at), sy = V::load(s.sub_y + at);
+    // The chroma weight of each pixel pair, as a word.
+    const V odd = srli_i16<8>(alpha);
+    const V w = PairAverage ? average_u16(alpha & low_bytes_mask<V>(), odd) : odd;
+    const V y_lo = mixed_words(unpacklo_u8(fy, z), unpacklo_u8(sy, z), unpacklo_u8(alpha, z));
+    const V y_hi = mixed_words(unpackhi_u8(fy, z), unpackhi_u8(sy, z), unpackhi_u8(alpha, z));
+    const V u = mixed_words(chroma(s.frame_u, s.frame_u_below), chroma(s.sub_u, nullptr), w);
+    const V v = mixed_words(chroma(s.frame_v, s.frame_v_below), chroma(s.sub_v, nullptr), w);
+    const V ua = adjust_words(u, l.chroma_gain, l.u_offset), va = adjust_words(v, l.chroma_gain, l.v_offset);
+    return {packus_i16(adjust_words(y_lo, l.luma_gain, l.luma_offset), adjust_words(y_hi, l.luma_gain, l.luma_offset)),
+            packus_i16(ua, ua), packus_i16(va, va)};
+}
+
+// The half mixer's blocks: the odd pixels of 16 mixed and adjusted into 8 YUY2 pixels per
+// lane, each chroma pair weighted by the alpha of its second output pixel. A run's first block
+// leaves its first chroma byte unread: the kernel never uses it.
+template <bool RunStart, class V>
+DISPCONV_VECTOR_INLINE V mix_half_blocks(const MixRow& s, ptrdiff_t at, const AdjustVec<V>& l) {
+    const V z = V::zero();
+    const ptrdiff_t half = at / 2;
+    auto odd_chroma = [half](const uint8_t* p) {  // as words 0..3 of each lane
+        if constexpr (RunStart) {
+            uint8_t b[8] = {};
+            std::memcpy(b + 1, p + half + 1, 7);
+            return srli_i16<8>(V::load_half(b));
+        }
+        return srli_i16<8>(V::load_half(p + half));
+    };
+    const V alpha = srli_i16<8>(V::load(s.alpha + at));
+    const V w = packs_i32(srli_i32<16>(alpha), z);
+    const V y = mixed_words(srli_i16<8>(V::load(s.frame_y + at)), srli_i16<8>(V::load(s.sub_y + at)), alpha);
+    const V u = mixed_words(odd_chroma(s.frame_u), odd_chroma(s.sub_u), w);
+    const V v = mixed_words(odd_chroma(s.frame_v), odd_chroma(s.sub_v), w);
+    const V y8 = packus_i16(adjust_words(y, l.luma_gain, l.luma_offset), z);
+    const V u8 = packus_i16(adjust_words(u, l.chroma_gain, l.u_offset), z);
+    const V v8 = packus_i16(adjust_words(v, l.chroma_gain, l.v_offset), z);
+    return unpacklo_u8(y8, unpacklo_u8(u8, v8));
+}
+
+template <class V>
+struct VectorMix {
+    static constexpr int block = 16;  // pixels per block of the AYUY2 mixers
+
+    // One row of `blocks` blocks mixed and adjusted, each step's blocks handed to
+    // store(first pixel, MixedBlocks).
+    template <bool PairAverage, class Store>
+    static void mix_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, Store&& store) {
+        const MixRow s = row;  // copies the stores cannot alias: the constants stay in registers
+        const AdjustConstants k = a;
+        for_blocks<V>(blocks, [&]<class W>(uint32_t i) {
+            const ptrdiff_t at = ptrdiff_t(i) * block;
+            store(at, mix_adjust_blocks<PairAverage>(s, at, adjust_vec<W>(k)));
+        });
+    }
+
+    // One row into YUY2, odd-pixel chroma weights.
+    static void mix_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
+        mix_run<false>(row, blocks, a, [dst]<class W>(ptrdiff_t at, const MixedBlocks<W>& m) {
+            W first, second;
+            join_yuy2(m.y, m.u, m.v, first, second);
+            store_block_pairs(dst + 2 * at, first, second);
+        });
+    }
+
+    // One row into an RGB format, after the conversion of the mixed, adjusted samples.
+    template <class Format, bool PairAverage>
+    static void mix_rgb_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, const Rgb16Layout& layout,
+                            uint8_t* dst) {
+        const Rgb16Layout lay = layout;
+        mix_run<PairAverage>(row, blocks, a, [dst, &lay]<class W>(ptrdiff_t at, const MixedBlocks<W>& m) {
+            store_rgb_blocks<Format>(dst + at * Format::bytes_per_pixel, luma_to_rgb(m.y, chroma_words(m.u, m.v)),
+                                     rgb16_vec<W>(lay));
+        });
+    }
+
+    // One row into half-width YUY2 (8 pixels out of 16).
+    static void mix_half_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
+        const MixRow s = row;
+        const AdjustConstants k = a;
+        Vec<16>::store(dst, mix_half_blocks<true>(s, 0, adjust_vec<Vec<16>>(k)));
+        for_blocks<V>(blocks, [&]<class W>(uint32_t i) {
+            const ptrdiff_t at = ptrdiff_t(i) * block;
+            W::store(dst + at, mix_half_blocks<false>(s, at, adjust_vec<W>(k)));
+        }, 1);
+    }
+
+    // One row of a YV12 plane mixed (then adjusted, with Adjust); chroma rows take the odd
+    // alphas of an alpha run twice as long.
+    template <class Adjust, bool Chroma>
+    static void mix_plane_row(const uint8_t* frame, const uint8_t* frame_below, const uint8_t* sub,
+                              const uint8_t* alpha, uint8_t* out, uint32_t samples, int16_t gain, int16_t offset) {
+        // W::bytes samples, or with Half eight in the low half of a 128-bit vector.
+        auto mixed = [&]<class W, bool Half>(int i) {
+            auto load = [](const uint8_t* p) { return Half ? W::load_half(p) : W::load(p); };
+            W f = load(frame + i);
+            if (frame_below) f = average_u8(f, load(frame_below + i));
+            W w;
+            if constexpr (Chroma && Half) {
+                w = packus_i16(srli_i16<8>(W::load(alpha + 2 * i)), W::zero());
+            } else if constexpr (Chroma) {
+                W lo, hi;
+                deal_pair<32>(W::load(alpha + 2 * i), W::load(alpha + 2 * i + W::bytes), lo, hi);
+                w = packus_i16(srli_i16<8>(lo), srli_i16<8>(hi));
+            } else {
+                w = load(alpha + i);
+            }
+            const W m = mix_bytes(f, load(sub + i), w);
+            return Adjust::enabled ? adjust_bytes(m, W::set1_i16(gain), W::set1_i16(offset)) : m;
+        };
+        const int n = int(samples);
+        for_bytes<V>(n, [&]<class W>(int i) { W::store(out + i, mixed.template operator()<W, false>(i)); }, [&](int i) {
+            if (n - i >= 8) store_low_halves(out + i, mixed.template operator()<Vec<16>, true>(i)), i += 8;
+            if (i < n)
+                PortableMix::mix_plane_row<Adjust, Chroma>(frame + i, frame_below ? frame_below + i : nullptr, sub + i,
+                                                           alpha + (Chroma ? 2 * i : i), out + i, uint32_t(n - i),
+                                                           gain, offset);
+        });
+    }
+};
 
 }  // namespace
 }  // namespace dispconv::simd

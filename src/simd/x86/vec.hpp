@@ -13,6 +13,7 @@
 #include <immintrin.h>
 #endif
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -163,7 +164,8 @@ inline Vec<64> cmpeq_u8(Vec<64> a, Vec<64> b) { return {_mm512_movm_epi8(_mm512_
 inline Vec<64> cmpgt_i8(Vec<64> a, Vec<64> b) { return {_mm512_movm_epi8(_mm512_cmpgt_epi8_mask(a.r, b.r))}; }
 inline Vec<64> cmpeq_i16(Vec<64> a, Vec<64> b) { return {_mm512_movm_epi16(_mm512_cmpeq_epi16_mask(a.r, b.r))}; }
 inline Vec<64> cmpgt_i16(Vec<64> a, Vec<64> b) { return {_mm512_movm_epi16(_mm512_cmpgt_epi16_mask(a.r, b.r))}; }
-inline Vec<64> cmpeq_i32(Vec<64> a, Vec<64> b) { return {_mm512_movm_epi32(_mm512_cmpeq_epi32_mask(a.r, b.r))}; }
+// Without AVX512DQ (no movm for 32-bit lanes): all ones set under the mask.
+inline Vec<64> cmpeq_i32(Vec<64> a, Vec<64> b) { return {_mm512_maskz_set1_epi32(_mm512_cmpeq_epi32_mask(a.r, b.r), -1)}; }
 template <int n>
 inline Vec<64> bsrli(Vec<64> a) { return {_mm512_bsrli_epi128(a.r, n)}; }
 template <int n>
@@ -450,7 +452,83 @@ inline Vec<64> load_staggered<Vec<64>>(const void* p) {
 
 // Primitives first needed by the sub-picture operations.
 
+// Lane k loaded from p + k * stride (blocks that are not back to back).
+template <class V>
+V load_lanes(const void* p, ptrdiff_t stride);
+template <>
+inline Vec<16> load_lanes<Vec<16>>(const void* p, ptrdiff_t) { return Vec<16>::load(p); }
+// Lane by lane, 32-bit words 0 and 2 of a then of b (even) or words 1 and 3 (odd).
+inline Vec<16> even_u32(Vec<16> a, Vec<16> b) {
+    return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.r), _mm_castsi128_ps(b.r), 0x88))};
+}
+inline Vec<16> odd_u32(Vec<16> a, Vec<16> b) {
+    return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.r), _mm_castsi128_ps(b.r), 0xDD))};
+}
+// The low 4 bytes stored at d.
+inline void store_low_u32(uint8_t* d, Vec<16> v) {
+    const int32_t w = _mm_cvtsi128_si32(v.r);
+    std::memcpy(d, &w, 4);
+}
+// `count` copies of a 32-bit word from d on (a string store on x86).
+inline void store_repeated_u32(uint8_t* d, uint32_t word, size_t count) {
+    asm volatile("rep stosl" : "+D"(d), "+c"(count) : "a"(word) : "memory");
+}
+#if defined(__AVX2__)
+template <>
+inline Vec<32> load_lanes<Vec<32>>(const void* p, ptrdiff_t stride) {
+    const auto* b = static_cast<const uint8_t*>(p);
+    return {_mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(b + stride), reinterpret_cast<const __m128i*>(b))};
+}
+inline Vec<32> even_u32(Vec<32> a, Vec<32> b) {
+    return {_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a.r), _mm256_castsi256_ps(b.r), 0x88))};
+}
+inline Vec<32> odd_u32(Vec<32> a, Vec<32> b) {
+    return {_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a.r), _mm256_castsi256_ps(b.r), 0xDD))};
+}
+#endif
+#if defined(__AVX512BW__)
+template <>
+inline Vec<64> load_lanes<Vec<64>>(const void* p, ptrdiff_t stride) {
+    const auto* b = static_cast<const uint8_t*>(p);
+    auto at = [&](int k) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + k * stride)); };
+    __m512i v = _mm512_castsi128_si512(at(0));
+    v = _mm512_inserti32x4(v, at(1), 1), v = _mm512_inserti32x4(v, at(2), 2);
+    return {_mm512_inserti32x4(v, at(3), 3)};
+}
+inline Vec<64> even_u32(Vec<64> a, Vec<64> b) {
+    return {_mm512_castps_si512(_mm512_shuffle_ps(_mm512_castsi512_ps(a.r), _mm512_castsi512_ps(b.r), 0x88))};
+}
+inline Vec<64> odd_u32(Vec<64> a, Vec<64> b) {
+    return {_mm512_castps_si512(_mm512_shuffle_ps(_mm512_castsi512_ps(a.r), _mm512_castsi512_ps(b.r), 0xDD))};
+}
+#endif
+
 // Primitives first needed by the mix operations.
+
+// Four vectors whose lane k holds the four 16-byte parts of block k, stored as consecutive
+// blocks of 64 bytes.
+inline void store_block_quads(uint8_t* d, Vec<16> a, Vec<16> b, Vec<16> c, Vec<16> e) {
+    store_block_pairs(d, a, b), store_block_pairs(d + 32, c, e);
+}
+#if defined(__AVX2__)
+inline void store_block_quads(uint8_t* d, Vec<32> a, Vec<32> b, Vec<32> c, Vec<32> e) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), _mm256_permute2x128_si256(a.r, b.r, 0x20));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 32), _mm256_permute2x128_si256(c.r, e.r, 0x20));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 64), _mm256_permute2x128_si256(a.r, b.r, 0x31));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 96), _mm256_permute2x128_si256(c.r, e.r, 0x31));
+}
+#endif
+#if defined(__AVX512BW__)
+inline void store_block_quads(uint8_t* d, Vec<64> a, Vec<64> b, Vec<64> c, Vec<64> e) {
+    // A 4 x 4 transpose of 128-bit lanes: block k is lane k of a, b, c and e.
+    const __m512i ab_lo = _mm512_shuffle_i64x2(a.r, b.r, 0x44), ce_lo = _mm512_shuffle_i64x2(c.r, e.r, 0x44);
+    const __m512i ab_hi = _mm512_shuffle_i64x2(a.r, b.r, 0xEE), ce_hi = _mm512_shuffle_i64x2(c.r, e.r, 0xEE);
+    _mm512_storeu_si512(d, _mm512_shuffle_i64x2(ab_lo, ce_lo, 0x88));
+    _mm512_storeu_si512(d + 64, _mm512_shuffle_i64x2(ab_lo, ce_lo, 0xDD));
+    _mm512_storeu_si512(d + 128, _mm512_shuffle_i64x2(ab_hi, ce_hi, 0x88));
+    _mm512_storeu_si512(d + 192, _mm512_shuffle_i64x2(ab_hi, ce_hi, 0xDD));
+}
+#endif
 
 }  // namespace
 }  // namespace dispconv::simd
