@@ -339,7 +339,10 @@ TEST(Program, StopSignalRemovesUnfinishedFiles) {
             close(pipe_fds[0]);
             close(pipe_fds[1]);
             if (!std::freopen(err_path.c_str(), "w", stderr)) _exit(126);
-            execl(DISPCONV_TOOL_PATH, "dispconv", "-o", out.c_str(), "-", static_cast<char*>(nullptr));
+            // Under a cross build's emulator the shell hands over to it (exec), so the signal
+            // still reaches the program.
+            const std::string command = std::string("exec ") + DISPCONV_TOOL_EMULATOR + " '" + DISPCONV_TOOL_PATH + "' -o '" + out + "' -";
+            execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
             _exit(127);
         }
         close(pipe_fds[0]);
