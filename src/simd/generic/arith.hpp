@@ -151,12 +151,13 @@ DISPCONV_VECTOR_INLINE Rgb24Parts<V> pack_rgb24(const RgbVec<V>& c) {
 
 template <Vector V>
 struct Rgb16Vec {
-    V r_mask, g_mask, b_mask;
+    V r_mask, g_mask, b_kept;  // b_kept: the blue mask after the blue shift
     int g_shift, b_shift;
 };
 template <Vector V>
 DISPCONV_VECTOR_INLINE Rgb16Vec<V> rgb16_vec(const Rgb16Layout& l) {
-    return {V::set1_u8(l.r_mask), V::set1_u8(l.g_mask), V::set1_u8(l.b_mask), l.g_shift_left, l.b_shift_right};
+    return {V::set1_u8(l.r_mask), V::set1_u8(l.g_mask), V::set1_u8(uint8_t(l.b_mask >> l.b_shift_right)), l.g_shift_left,
+            l.b_shift_right};
 }
 // Each lane's 16 pixels as 16-bit words: lo its first 8, hi its last 8.
 template <Vector V>
@@ -165,10 +166,11 @@ struct Rgb16Pair {
 };
 template <Vector V>
 DISPCONV_VECTOR_INLINE Rgb16Pair<V> pack_rgb16(const RgbVec<V>& c, const Rgb16Vec<V>& l) {
+    // Blue shifted while still bytes (the mask drops what a 16-bit shift brings in from the next
+    // byte), so that one unpack with red makes the low and high byte of each word.
     const V z = V::zero();
-    const V r = c.r & l.r_mask, g = c.g & l.g_mask, b = c.b & l.b_mask;
-    return {unpacklo_u8(z, r) | sll_i16(unpacklo_u8(g, z), l.g_shift) | srl_i16(unpacklo_u8(b, z), l.b_shift),
-            unpackhi_u8(z, r) | sll_i16(unpackhi_u8(g, z), l.g_shift) | srl_i16(unpackhi_u8(b, z), l.b_shift)};
+    const V r = c.r & l.r_mask, g = c.g & l.g_mask, b = srl_i16(c.b, l.b_shift) & l.b_kept;
+    return {unpacklo_u8(b, r) | sll_i16(unpacklo_u8(g, z), l.g_shift), unpackhi_u8(b, r) | sll_i16(unpackhi_u8(g, z), l.g_shift)};
 }
 
 // Where a destination format wants its pixels: deal<G> with G the pixels one lane's part of an
