@@ -14,41 +14,9 @@
 #define DISPCONV_ISA_FUNCTION(family) DISPCONV_JOIN(family, DISPCONV_ISA)
 
 // The unit's arithmetic vocabulary, chosen by the instruction set it is compiled for.
-#if defined(DISPCONV_UNIT_PORTABLE)
-#include "simd/portable.hpp"
+#include "simd/sets.hpp"
 namespace dispconv {
 namespace {
-using Vocab = simd::Portable;
+using Vocab = simd::UnitVocabulary;
 }  // namespace
 }  // namespace dispconv
-#elif defined(DISPCONV_UNIT_SSE2)
-#include "simd/x86/sse2.hpp"
-namespace dispconv {
-namespace {
-using Vocab = simd::Sse2;
-}  // namespace
-}  // namespace dispconv
-#elif defined(DISPCONV_UNIT_AVX2)
-#include "simd/x86/avx2.hpp"
-namespace dispconv {
-namespace {
-using Vocab = simd::Avx2;
-}  // namespace
-}  // namespace dispconv
-#elif defined(DISPCONV_UNIT_AVX512)
-#include "simd/x86/avx512.hpp"
-namespace dispconv {
-namespace {
-using Vocab = simd::Avx512;
-}  // namespace
-}  // namespace dispconv
-#elif defined(DISPCONV_UNIT_NEON)
-#include "simd/neon/neon.hpp"
-namespace dispconv {
-namespace {
-using Vocab = simd::Neon;
-}  // namespace
-}  // namespace dispconv
-#else
-#error "no vocabulary for this instruction set"
-#endif

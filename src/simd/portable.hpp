@@ -1,7 +1,6 @@
 // The portable vocabulary: the reference that every instruction-set vocabulary must equal.
 #pragma once
 
-#include "simd/generic/load_rows.hpp"
 #include "simd/portable/core.hpp"
 #include "simd/portable/load.hpp"
 #include "simd/portable/mix.hpp"
