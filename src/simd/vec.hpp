@@ -5,6 +5,28 @@
 // vectors through memory, which costs far more than its few instructions.
 #define DISPCONV_VECTOR_INLINE [[gnu::always_inline]] inline
 
+#include <cstdint>
+
+namespace dispconv::simd {
+namespace {
+
+template <int Bytes>
+struct Vec;
+
+// 16 bytes repeated in every lane, built at compile time (shuffle controls, masks).
+struct LaneTable {
+    alignas(16) int8_t bytes[16];
+};
+template <class F>
+constexpr LaneTable lane_table(F byte_at) {
+    LaneTable t{};
+    for (int i = 0; i < 16; ++i) t.bytes[i] = static_cast<int8_t>(byte_at(i));
+    return t;
+}
+
+}  // namespace
+}  // namespace dispconv::simd
+
 #if defined(__x86_64__) || defined(__i386__)
 #include "simd/x86/vec.hpp"
 #elif defined(__aarch64__)

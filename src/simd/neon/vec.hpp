@@ -2,6 +2,7 @@
 // primitives of the same names (a NEON register is one 128-bit lane), so that every composite
 // written over the primitives runs here unchanged and gives the same bytes.
 #pragma once
+// Included through simd/vec.hpp, which declares Vec and the lane tables.
 
 #include <arm_neon.h>
 
@@ -12,24 +13,11 @@
 namespace dispconv::simd {
 namespace {
 
-template <int Bytes>
-struct Vec;
-
 // TBL gives zero for an out-of-range index, as a byte shuffle with the top control bit does.
 inline constexpr bool has_byte_shuffle = true;
 
 // Interleaving stores of two to four registers (ST3, ST4).
 inline constexpr bool has_structure_stores = true;
-
-struct LaneTable {
-    alignas(16) int8_t bytes[16];
-};
-template <class F>
-constexpr LaneTable lane_table(F byte_at) {
-    LaneTable t{};
-    for (int i = 0; i < 16; ++i) t.bytes[i] = static_cast<int8_t>(byte_at(i));
-    return t;
-}
 
 template <>
 struct Vec<16> {

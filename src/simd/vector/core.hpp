@@ -4,7 +4,6 @@
 #pragma once
 
 #include "simd/generic/arith.hpp"
-#include "simd/generic/tails.hpp"
 #include "simd/portable.hpp"
 #include "simd/vec.hpp"
 

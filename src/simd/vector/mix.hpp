@@ -5,10 +5,7 @@
 #include <cstring>
 
 #include "mix/row.hpp"
-#include "simd/generic/arith.hpp"
-#include "simd/generic/tails.hpp"
-#include "simd/portable/mix.hpp"
-#include "simd/vec.hpp"
+#include "simd/vector/core.hpp"
 
 namespace dispconv::simd {
 namespace {

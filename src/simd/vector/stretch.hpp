@@ -5,12 +5,7 @@
 #pragma once
 
 #include <cstdint>
-
-#include "simd/vec.hpp"
-
-#include "simd/generic/arith.hpp"
-#include "simd/generic/tails.hpp"
-#include "simd/portable/stretch.hpp"
+#include "simd/vector/core.hpp"
 
 namespace dispconv::simd {
 namespace {

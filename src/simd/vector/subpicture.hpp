@@ -6,10 +6,7 @@
 #include <utility>
 
 #include "core/formats.hpp"
-#include "simd/generic/arith.hpp"
-#include "simd/generic/tails.hpp"
-#include "simd/portable/subpicture.hpp"
-#include "simd/vec.hpp"
+#include "simd/vector/core.hpp"
 
 namespace dispconv::simd {
 namespace {

@@ -4,6 +4,7 @@
 // lane. Composites written on these run unchanged at every width, each lane doing what one
 // 128-bit step does; the few operations that cross lanes are at the end, per width.
 #pragma once
+// Included through simd/vec.hpp, which declares Vec and the lane tables.
 
 #include <emmintrin.h>
 #if defined(__SSSE3__)
@@ -20,9 +21,6 @@
 namespace dispconv::simd {
 namespace {
 
-template <int Bytes>
-struct Vec;
-
 // Whether this unit has in-lane byte shuffles (SSSE3 and later; not plain SSE2).
 #if defined(__SSSE3__)
 inline constexpr bool has_byte_shuffle = true;
@@ -32,17 +30,6 @@ inline constexpr bool has_byte_shuffle = false;
 
 // No stores that interleave several registers byte by byte (NEON has them).
 inline constexpr bool has_structure_stores = false;
-
-// 16 bytes repeated in every lane, built at compile time (shuffle controls, masks).
-struct LaneTable {
-    alignas(16) int8_t bytes[16];
-};
-template <class F>
-constexpr LaneTable lane_table(F byte_at) {
-    LaneTable t{};
-    for (int i = 0; i < 16; ++i) t.bytes[i] = static_cast<int8_t>(byte_at(i));
-    return t;
-}
 
 // Which of the W / 2 chroma bytes pixel word w (0..7) of half `half` of lane `lane` takes when
 // W lumas are placed as deal<G> places them (lanes: W / 16).
