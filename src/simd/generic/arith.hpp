@@ -42,6 +42,12 @@ DISPCONV_VECTOR_INLINE V adjust_bytes(V bytes, V gain, V offset) {
     const V z = V::zero();
     return packus_i16(adjust_words(unpacklo_u8(bytes, z), gain, offset), adjust_words(unpackhi_u8(bytes, z), gain, offset));
 }
+// Bytes in the low half of each lane adjusted, in the low half (the high half repeats them).
+template <Vector V>
+DISPCONV_VECTOR_INLINE V adjust_low_half(V bytes, V gain, V offset) {
+    const V w = adjust_words(unpacklo_u8(bytes, V::zero()), gain, offset);
+    return packus_i16(w, w);
+}
 // Words clamped to 0..255, as the narrowing to bytes would.
 template <Vector V>
 DISPCONV_VECTOR_INLINE V clamp_words(V w) {

@@ -107,8 +107,8 @@ struct VectorLoad : PortableLoad {
             const AdjustVec<W> l = adjust_vec<W>(a);
             W first, second;
             join_yuy2(adjust_bytes(W::load(y + 16 * i), l.luma_gain, l.luma_offset),
-                      adjust_bytes(W::load_half(u + 8 * i), l.chroma_gain, l.u_offset),
-                      adjust_bytes(W::load_half(v + 8 * i), l.chroma_gain, l.v_offset), first, second);
+                      adjust_low_half(W::load_half(u + 8 * i), l.chroma_gain, l.u_offset),
+                      adjust_low_half(W::load_half(v + 8 * i), l.chroma_gain, l.v_offset), first, second);
             store_block_pairs(d + 32 * i, first, second);
         });
     }

@@ -21,13 +21,6 @@ template <class V, class Step, class Last>
     last(head);
 }
 
-// Bytes in the low half of each lane adjusted, in the low half (the high half repeats them).
-template <class W>
-DISPCONV_VECTOR_INLINE W adjust_low_half(W bytes, W gain, W offset) {
-    const W w = adjust_words(unpacklo_u8(bytes, W::zero()), gain, offset);
-    return packus_i16(w, w);
-}
-
 // s moved down one byte within each lane (each 64-bit half when `half`), the top byte of
 // each taken from `top`.
 template <bool half, class W>
