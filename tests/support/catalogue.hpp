@@ -36,6 +36,9 @@ enum Rule : unsigned {
     field_groups = 1024, // interlaced RGB mixers: strips creep by whole groups, frame_stride % 8
     plane_choice = 2048, // strech_pic_*_adjust: plane 1..3
     positive_image = 4096,
+    block_walk = 8192,   // the walk ends only on whole blocks: no width off the block is defined
+    unguarded = 16384,   // nothing refuses heights below the least: they are not defined
+    zero_height = 32768, // height 0 still processes one row (pair): the counter is tested at the bottom
 };
 
 struct KernelFacts {

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <array>
 #include <cstdio>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -18,6 +20,8 @@ inline constexpr uint8_t canary = 0xAA;
 
 // The instruction-set mask the suite runs under (main's --isa); tests that change it restore it.
 inline uint32_t suite_isa_mask = ~0u;
+// The cross check's base seed (main's --seed=N); a soak runs the suite with fresh ones.
+inline uint32_t cross_seed = 1;
 
 using FrameKernel = void(*) DISPCONV_FRAME_SIGNATURE;
 using MixKernel = void (*)(MIX_INFO*);
