@@ -23,15 +23,6 @@ TEST(LoadYuy2ToYuy2, OddRowsTakeTheChromaAbove) {
     EXPECT_TRUE(same_bytes(want, got));
 }
 
-TEST(LoadYuy2ToYuy2, NeutralAdjustmentEqualsPlain) {
-    set_adjust();
-    Buffer src = random_yuy2(48, 8, 2);
-    Buffer plain(48 * 2 * 9), adjusted = plain;
-    LoadYUY2_YUY2(src.data(), nullptr, nullptr, plain.data(), 40, 7, 48, 96, nullptr);
-    LoadYUY2_YUY2_adjust(src.data(), nullptr, nullptr, adjusted.data(), 40, 7, 48, 96, nullptr);
-    EXPECT_TRUE(same_bytes(plain, adjusted));
-}
-
 struct RgbKernels {
     const char* name;
     FrameKernel plain, adjusted;

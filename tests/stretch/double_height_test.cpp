@@ -102,34 +102,6 @@ TEST(DoubleHeightYuy2, AverageAndFilterValues) {
     }
 }
 
-// Kernels that refuse small heights leave the whole destination untouched.
-TEST(DoubleHeight, RefusedHeights) {
-    using Kernel = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t, ajust_contrast_info*);
-    struct Case {
-        const char* name;
-        Kernel kernel;
-        int32_t highest_refused;
-    } cases[] = {
-        {"1X2_yuy2", strech_picture_1X2_yuy2, 7},
-        {"1X2_yuy2_ajust", strech_picture_1X2_yuy2_ajust, 7},
-        {"1X2_rgb32", strech_picture_1X2_yuy2_ajust_rgb32, 11},
-        {"1X2_rgb24", strech_picture_1X2_yuy2_ajust_rgb24, 11},
-        {"1X2_rgb16", strech_picture_1X2_yuy2_ajust_rgb16, 11},
-        {"2X2_yuy2", strech_picture_2X2_yuy2, 7},
-        {"2X2_yuy2_ajust", strech_picture_2X2_yuy2_ajust, 7},
-    };
-    set_adjust();
-    ajust_contrast_info s = settings();
-    Frame f(32, 16, 5);
-    for (const Case& c : cases) {
-        for (int32_t h : {c.highest_refused, 0, -4}) {
-            Buffer dst(4 * 32 * 4 * 32), untouched(4 * 32 * 4 * 32);
-            c.kernel(f.y.data(), f.u.data(), f.v.data(), dst.data(), 32, h, f.y.pitch, 128, &s);
-            EXPECT_TRUE(same_bytes(untouched, dst)) << c.name << " height " << h;
-        }
-    }
-}
-
 // The RGB stretchers equal the YUY2 loader's conversion of the plain YUY2 stretch of the
 // same frame, whose samples were adjusted beforehand.
 TEST(DoubleHeightRgb, EqualsConversionOfPlainStretch) {
@@ -164,17 +136,6 @@ TEST(DoubleHeightRgb, EqualsConversionOfPlainStretch) {
             EXPECT_TRUE(same_bytes(want, got)) << c.name << " luma gain " << a.luma_gain;
         }
     }
-}
-
-// The 32-bit kernel rounds the width up to whole 16-pixel strips.
-TEST(DoubleHeightRgb, Rgb32RoundsWidthUpToStrips) {
-    set_adjust();
-    const int h = 12, dst_stride = 32 * 4;
-    Frame f(32, h, 21);
-    Buffer whole(size_t(dst_stride) * 2 * h), partial(size_t(dst_stride) * 2 * h);
-    strech_picture_1X2_yuy2_ajust_rgb32(f.y.data(), f.u.data(), f.v.data(), whole.data(), 32, h, f.y.pitch, dst_stride, nullptr);
-    strech_picture_1X2_yuy2_ajust_rgb32(f.y.data(), f.u.data(), f.v.data(), partial.data(), 17, h, f.y.pitch, dst_stride, nullptr);
-    EXPECT_TRUE(same_bytes(whole, partial));
 }
 
 }  // namespace

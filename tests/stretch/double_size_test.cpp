@@ -96,16 +96,5 @@ TEST(DoubleSizeYuy2, MatchesDoubledRows) {
     }
 }
 
-TEST(DoubleSizeYuy2, RefusesHeightsBelowSixteen) {
-    const int bytes = 64, pitch = 2 * bytes;
-    Buffer src = random_buffer(size_t(bytes) * 16, 52);
-    Buffer refused(size_t(pitch) * 32), untouched = refused;
-    set_adjust();
-    yuy2_strech_picture_2X2_yuy2(src.data(), nullptr, nullptr, refused.data(), bytes, 15, pitch);
-    yuy2_strech_picture_2X2_yuy2_ajust(src.data(), nullptr, nullptr, refused.data(), bytes, 15, pitch, nullptr);
-    yuy2_strech_picture_2X2_yuy2_ajust(src.data(), nullptr, nullptr, refused.data(), bytes, -2, pitch, nullptr);
-    EXPECT_TRUE(same_bytes(untouched, refused));
-}
-
 }  // namespace
 }  // namespace dispconv::test

@@ -39,6 +39,7 @@ enum Rule : unsigned {
     block_walk = 8192,   // the walk ends only on whole blocks: no width off the block is defined
     unguarded = 16384,   // nothing refuses heights below the least: they are not defined
     zero_height = 32768, // height 0 still processes one row (pair): the counter is tested at the bottom
+    refuses_low = 65536, // writes nothing (and changes no record) for heights below the least
 };
 
 struct KernelFacts {
@@ -51,6 +52,7 @@ struct KernelFacts {
     int min_height, parity;  // height: at least min_height, a multiple of parity
     unsigned rules;
     uint32_t buffers;        // the buffers it touches, as 1 << dispconv_buffer
+    dispconv_kernel plain;   // an adjusting kernel's plain twin: the same bytes under neutral settings
 
     bool has(unsigned r) const { return (rules & r) != 0; }
     bool touches(int buffer) const { return (buffers >> buffer & 1) != 0; }
