@@ -324,38 +324,22 @@ void check_refused(const CheckedCall& c, dispconv_status status, const dispconv_
     ++stats.refused;
 }
 
-struct RecordAfter {
-    int32_t width, height;
-    std::array<std::ptrdiff_t, 10> moved;  // pointer fields, from where they started
-};
-
-RecordAfter record_after(const MIX_INFO& after, const Buffers& given) {
+// What a record kernel left in its record: width, height and each pointer's move.
+using RecordAfter = std::vector<std::ptrdiff_t>;
+RecordAfter record_after(const MIX_INFO& after, const uint8_t* const* given) {
     uint8_t* const MIX_INFO::*fields[] = {&MIX_INFO::frame_y, &MIX_INFO::frame_v, &MIX_INFO::frame_u,
                                           &MIX_INFO::sub_opacity, &MIX_INFO::sub_y, &MIX_INFO::sub_v,
                                           &MIX_INFO::sub_u, &MIX_INFO::image, &MIX_INFO::image_u,
                                           &MIX_INFO::image_v};
-    RecordAfter r{after.width, after.height, {}};
-    for (int i = 0; i < 10; ++i) r.moved[i] = after.*fields[i] - given.pointers[DISPCONV_BUFFER_FRAME_Y + i];
-    return r;
-}
-
-RecordAfter record_after(const MixInfo& after, const std::array<Region, DISPCONV_BUFFER_COUNT>& given) {
-    const Region MixInfo::*fields[] = {&MixInfo::frame_y, &MixInfo::frame_v, &MixInfo::frame_u,
-                                       &MixInfo::sub_opacity, &MixInfo::sub_y, &MixInfo::sub_v,
-                                       &MixInfo::sub_u, &MixInfo::image, &MixInfo::image_u, &MixInfo::image_v};
-    RecordAfter r{after.width, after.height, {}};
-    for (int i = 0; i < 10; ++i) r.moved[i] = (after.*fields[i]).origin() - given[DISPCONV_BUFFER_FRAME_Y + i].origin();
+    RecordAfter r{after.width, after.height};
+    for (int i = 0; i < 10; ++i) r.push_back(after.*fields[i] - given[DISPCONV_BUFFER_FRAME_Y + i]);
     return r;
 }
 
 std::string record_text(const RecordAfter& r) {
-    std::string s = "width " + std::to_string(r.width) + " height " + std::to_string(r.height) + " moved";
-    for (std::ptrdiff_t m : r.moved) s += " " + std::to_string(m);
+    std::string s = "width, height and moves:";
+    for (std::ptrdiff_t m : r) s += " " + std::to_string(m);
     return s;
-}
-
-bool operator==(const RecordAfter& a, const RecordAfter& b) {
-    return a.width == b.width && a.height == b.height && a.moved == b.moved;
 }
 
 // A run's buffers against the reference: the same bytes, and nothing changed outside the write
@@ -440,7 +424,7 @@ void check_accepted(FuzzedDataProvider& in, const CheckedCall& c, const dispconv
         MIX_INFO after{};
         run_raw(*table, c, run->pointers.data(), &after);
         ++stats.isa_runs;
-        const RecordAfter changes = record_after(after, *run);
+        const RecordAfter changes = record_after(after, run->pointers.data());
         const std::string who = isa_name(Isa(i));
         if (!reference) {
             compare(who.c_str(), *run, *run, pristine, place, fp);
@@ -454,7 +438,12 @@ void check_accepted(FuzzedDataProvider& in, const CheckedCall& c, const dispconv
     }
     compare("the checked interface", checked, *reference, pristine, place, fp);
     if (record) {
-        const RecordAfter changes = record_after(checked_after, regions);
+        const Region MixInfo::*fields[] = {&MixInfo::frame_y, &MixInfo::frame_v, &MixInfo::frame_u,
+                                           &MixInfo::sub_opacity, &MixInfo::sub_y, &MixInfo::sub_v,
+                                           &MixInfo::sub_u, &MixInfo::image, &MixInfo::image_u, &MixInfo::image_v};
+        RecordAfter changes{checked_after.width, checked_after.height};
+        for (int i = 0; i < 10; ++i)
+            changes.push_back((checked_after.*fields[i]).origin() - regions[DISPCONV_BUFFER_FRAME_Y + i].origin());
         if (!(changes == reference_record))
             fail("the checked interface left the record as " + record_text(changes) + ", portable as " +
                  record_text(reference_record));

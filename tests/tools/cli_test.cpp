@@ -84,6 +84,8 @@ TEST(Program, BadInputGivesOneLineAndLeavesNothingBehind) {
     write_file(scratch / "truncated.y4m", y4m_header(64, 32, "420") + frame + frame + frame.substr(0, 100));
     write_file(scratch / "good.y4m", y4m_header(64, 32, "420") + frame);
     write_file(scratch / "good422.y4m", y4m_header(64, 32, "422") + y4m_frame(test_picture(64, 32, Chroma::c422, 0)));
+    write_file(scratch / "444.y4m", "YUV4MPEG2 W64 H32 C444\n");
+    write_file(scratch / "deep.y4m", "YUV4MPEG2 W64 H32 C420p10\n");
     write_file(scratch / "fake.png", "GIF89a this is no PNG");
     std::string cut_png = "\x89PNG\r\n\x1a\n";
     cut_png += std::string("\0\0\0\x0dIHDR", 8);
@@ -99,6 +101,8 @@ TEST(Program, BadInputGivesOneLineAndLeavesNothingBehind) {
         {"'" + d + "missing.y4m'", 1, "cannot read"},
         {"'" + d + "text.y4m'", 1, "not a YUV4MPEG2 file"},
         {"'" + d + "truncated.y4m'", 1, "frame 3 is truncated"},
+        {"'" + d + "444.y4m'", 1, "unsupported chroma layout '444'"},
+        {"'" + d + "deep.y4m'", 1, "unsupported bit depth"},
         {"--subpicture '" + d + "fake.png' '" + d + "good.y4m'", 1, "is not a PNG file"},
         {"--subpicture '" + d + "cut.png' '" + d + "good.y4m'", 1, "damaged PNG"},
         {"--subpicture '" + d + "none.png' '" + d + "good.y4m'", 1, "cannot read"},

@@ -50,33 +50,5 @@ TEST(SurfaceReader, EveryFormatShowsThePictureTheRgb32KernelShows) {
     }
 }
 
-TEST(SurfaceReader, YuvSurfacesGiveBackThePlanesTheyHold) {
-    const PlanarPicture picture = test_picture(70, 46, Chroma::c420, 1);
-    const Geometry g = Geometry::for_size(70, 46);
-    SourceFrame frame(g, Chroma::c420);
-    frame.load(picture);
-    for (SurfaceFormat format : {SurfaceFormat::yv12, SurfaceFormat::yuy2}) {
-        SCOPED_TRACE(format_info(format).name);
-        Job job;
-        job.format = format;
-        Pipeline pipeline(job, g, Chroma::c420);
-        const PlanarPicture back = surface_to_planar(pipeline.run(frame, nullptr), 70, 46);
-        EXPECT_EQ(back.y, picture.y);
-        if (format == SurfaceFormat::yv12) {
-            EXPECT_EQ(back.chroma, Chroma::c420);
-            EXPECT_EQ(back.u, picture.u);
-            EXPECT_EQ(back.v, picture.v);
-            continue;
-        }
-        // YUY2 carries the 4:2:0 chroma row on both rows of its pair.
-        ASSERT_EQ(back.chroma, Chroma::c422);
-        for (int row = 0; row < 46; ++row)
-            for (int x = 0; x < 35; ++x) {
-                ASSERT_EQ(back.u[row * 35 + x], picture.u[(row / 2) * 35 + x]) << row << "," << x;
-                ASSERT_EQ(back.v[row * 35 + x], picture.v[(row / 2) * 35 + x]) << row << "," << x;
-            }
-    }
-}
-
 }  // namespace
 }  // namespace dispconv::tool::test
