@@ -44,23 +44,28 @@ std::array<Arena, DISPCONV_BUFFER_COUNT> arenas(const CheckedCall& c) {
     const MIX_INFO& m = c.info;
     const bool record = f.shape == Shape::record;
     const int64_t width = std::abs(int64_t(record ? std::max(m.width, m.frame_stride) : std::max(c.width, c.frame_width)));
-    const int64_t height = std::abs(int64_t(record ? m.height : c.height)) + c.start_line;
-    int64_t stride = 4 * width + 64;
-    for (int64_t s : {int64_t(c.src_stride) * 2, int64_t(c.dst_stride), int64_t(m.frame_stride), int64_t(m.sub_stride),
-                      int64_t(m.image_stride)})
-        stride = std::max(stride, std::abs(s));
+    const int64_t height = std::abs(int64_t(record ? m.height : c.height));
+    // Row distances by buffer (bytes), generous where a walk reads one plane at another's.
+    const int64_t planes = std::max({std::abs(int64_t(m.frame_stride)), std::abs(int64_t(m.sub_stride)), 2 * std::abs(int64_t(c.src_stride)),
+                                     int64_t(std::abs(c.frame_width))});
+    const int64_t out = std::abs(int64_t(record ? m.image_stride : c.dst_stride));
     // Interlaced RGB strips climb or sink by whole groups for heights off the group.
     const int64_t creep = f.has(field_groups) ? (width / 16 + 1) * 8 : 0;
-    const int64_t margin = (creep + 8) * stride + 4096;
     std::array<Arena, DISPCONV_BUFFER_COUNT> a;
     for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) {
         if (!f.touches(b)) continue;
-        // Outputs: the stretches write two rows per source row, YV12 surfaces three planes.
+        // The stretches write two rows per source row; YV12 surfaces hold their chroma below.
         const bool output = b == DISPCONV_BUFFER_DST || b >= DISPCONV_BUFFER_IMAGE;
-        const int64_t rows = (output ? 3 : 2) * (height + 8) + 2 * creep;
-        a[b].bytes.resize(size_t(rows * stride + 2 * margin));
-        a[b].origin = size_t(margin + (height + 8 + creep) * stride);
-        a[b].pitch = b == DISPCONV_BUFFER_DST || b == DISPCONV_BUFFER_IMAGE ? std::abs(int64_t(record ? m.image_stride : c.dst_stride)) : 0;
+        const int64_t stride = std::max(output || b == DISPCONV_BUFFER_MASK ? out : planes, int64_t(64));
+        const int64_t rows = (output || f.shape == Shape::edge_directed ? 2 : 1) * (height + c.start_line) + 2 * creep + 8;
+        // A width off the block drifts every row (pair) on by up to a block.
+        const int64_t drift = width % f.block ? rows * 4 * f.block : 0;
+        const int64_t margin = (creep + 4) * stride + 4 * width + 4096;
+        // Rows go either way from the kernel's pointer: bottom-up strides are negative.
+        const bool down = (output || b == DISPCONV_BUFFER_MASK ? (record ? m.image_stride : c.dst_stride) : std::min({m.frame_stride, m.sub_stride, c.src_stride})) < 0;
+        a[b].bytes.resize(size_t(rows * stride + drift + 2 * margin));
+        a[b].origin = size_t(margin + (down ? rows * stride : 0));
+        a[b].pitch = b == DISPCONV_BUFFER_DST || b == DISPCONV_BUFFER_IMAGE ? out : 0;
     }
     return a;
 }
@@ -104,10 +109,18 @@ struct Run {
     MIX_INFO after{};
 };
 
-Run run_once(const CrossCase& x, const KernelTable& table, uint32_t seed) {
-    Run r{arenas(x.call)};
-    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) fill_random(r.a[b].bytes.data(), r.a[b].bytes.size(), seed * 31 + b);
-    shape_contents(x, r.a, seed);
+// The arenas with their contents, made once per case and copied for every run.
+std::array<Arena, DISPCONV_BUFFER_COUNT> inputs(const CrossCase& x, uint32_t seed) {
+    std::array<Arena, DISPCONV_BUFFER_COUNT> a = arenas(x.call);
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) fill_random(a[b].bytes.data(), a[b].bytes.size(), seed * 31 + b);
+    shape_contents(x, a, seed);
+    return a;
+}
+
+// A run in `r`, whose buffers are reused from case to case (fewer fresh pages to fault in).
+void run_once(Run& r, const std::array<Arena, DISPCONV_BUFFER_COUNT>& in, const CrossCase& x, const KernelTable& table,
+              uint32_t seed) {
+    r.a = in;
     std::array<uint8_t*, DISPCONV_BUFFER_COUNT> p{};
     for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
         if (!r.a[b].bytes.empty()) p[b] = r.a[b].bytes.data() + r.a[b].origin;
@@ -121,7 +134,6 @@ Run run_once(const CrossCase& x, const KernelTable& table, uint32_t seed) {
     for (int i = 0; i < 10; ++i)
         r.after.*fields[i] = reinterpret_cast<uint8_t*>(r.after.*fields[i] - p[DISPCONV_BUFFER_FRAME_Y + i]);
     r.after.surface_format = nullptr;
-    return r;
 }
 
 std::string grid(const Arena& want, const Arena& got, size_t at) {
@@ -145,18 +157,20 @@ std::string grid(const Arena& want, const Arena& got, size_t at) {
 }
 
 ::testing::AssertionResult same_on_every_isa(const CrossCase& x, uint32_t seed) {
-    const Run reference = run_once(x, *kernel_table(Isa::portable), seed);
+    static Run reference, got;
+    const std::array<Arena, DISPCONV_BUFFER_COUNT> in = inputs(x, seed);
+    run_once(reference, in, x, *kernel_table(Isa::portable), seed);
     for (int i = 1; i < isa_count; ++i) {
         const KernelTable* table = kernel_table(Isa(i));
         if (!table) continue;
-        const Run got = run_once(x, *table, seed);
+        run_once(got, in, x, *table, seed);
         auto failure = [&] {
             return ::testing::AssertionFailure() << describe(x.call) << (x.extremes ? " extremes" : "")
                                                  << (x.any_alpha ? " any alpha" : "") << " on " << isa_name(Isa(i))
                                                  << ", seed " << seed << " (--seed=" << cross_seed << "): ";
         };
         for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
-            for (size_t k = 0; k < got.a[b].bytes.size(); ++k)
+            for (size_t k = 0; got.a[b].bytes != reference.a[b].bytes && k < got.a[b].bytes.size(); ++k)
                 if (got.a[b].bytes[k] != reference.a[b].bytes[k])
                     return failure() << buffer_name(dispconv_buffer(b)) << " differs from portable"
                                      << grid(reference.a[b], got.a[b], k);
