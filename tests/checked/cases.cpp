@@ -157,6 +157,9 @@ std::vector<BadCall> bad_calls() {
     bad.push_back({over, Status::bad_argument});
     bad.push_back({with(make_call(DISPCONV_KERNEL_strech_opt_yuy2_ajust, 64, 8, 0, 1, 0), &CheckedCall::start_line, -1),
                    Status::bad_argument});
+    CheckedCall unknown = make_call(DISPCONV_KERNEL_LoadYUY2_YUY2, 16, 2, 0, 1, 0);
+    unknown.kernel = DISPCONV_KERNEL_COUNT;
+    bad.push_back({unknown, Status::bad_argument});
     return bad;
 }
 

@@ -130,7 +130,7 @@ Result run_checked(const CheckedCall& c, Region* regions, MixInfo* after) {
 #include "mix/kernels.def"
 #undef DISPCONV_KERNEL
         default:
-            return {Status::bad_argument};
+            return {Status::bad_argument, DISPCONV_BUFFER_COUNT, 0, 0, "no checked function for this kernel"};
     }
 }
 

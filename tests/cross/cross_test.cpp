@@ -205,10 +205,12 @@ std::vector<CrossCase> cases_of(dispconv_kernel k) {
         }
     // Destination rows closer than a row's length: the order of the stores shows, and the
     // stretches then walk in strips.
-    if (f.shape == Shape::frame || f.shape == Shape::packed_2x2 || f.shape == Shape::plane)
+    const bool mixer = f.shape == Shape::record && f.src_x2 && f.dst_x2;
+    if (f.shape == Shape::frame || f.shape == Shape::packed_2x2 || f.shape == Shape::plane || mixer)
         for (int32_t d : {8, 40}) {
-            CrossCase x{make_call(k, least + 2 * b, m + 2, 8, 1, 0)};
-            x.call.dst_stride = int32_t(f.dst_row(least + 2 * b)) * d / 64 + d;
+            CrossCase x{make_call(k, least + 2 * b, m + 2 * f.parity, 8, 1, 0)};
+            int32_t& stride = mixer ? x.call.info.image_stride : x.call.dst_stride;
+            stride = int32_t((mixer ? f.image_row(least + 2 * b) : f.dst_row(least + 2 * b)) * d / 64 + d);
             all.push_back(x);
         }
     for (auto [w, h] : {std::pair{720, 480}, std::pair{1920, m + 2}}) {
