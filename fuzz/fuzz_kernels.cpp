@@ -32,64 +32,6 @@ namespace {
 using namespace dispconv;
 using namespace dispconv::test;
 
-// How a kernel takes its geometry, and the natural row sizes in half bytes per pixel of width:
-// `a` the source (frame stride for records), `b` the destination (sub_stride for records),
-// `c` the record's image. They only bias the draw; any stride can still come out.
-enum class Shape { frame, packed_2x2, plane, edge_directed, record, fill, mask };
-struct KernelShape {
-    Shape shape;
-    int a, b, c;
-};
-
-constexpr KernelShape shapes[DISPCONV_KERNEL_COUNT] = {
-    // load: source strides count pixels
-    {Shape::frame, 2, 4, 0}, {Shape::frame, 2, 4, 0},   // LoadYUY2_YUY2(_adjust)
-    {Shape::frame, 2, 8, 0}, {Shape::frame, 2, 8, 0},   // LoadYUY2_RGB32
-    {Shape::frame, 2, 6, 0}, {Shape::frame, 2, 6, 0},   // LoadYUY2_RGB24
-    {Shape::frame, 2, 4, 0}, {Shape::frame, 2, 4, 0},   // LoadYUY2_RGB16
-    {Shape::frame, 2, 4, 0}, {Shape::frame, 2, 4, 0},   // loadimage_yuy2, _ajust
-    {Shape::frame, 2, 4, 0}, {Shape::frame, 2, 2, 0},   // mono, half
-    {Shape::frame, 2, 2, 0}, {Shape::frame, 2, 2, 0},   // loadimage_yv12, _ajust
-    {Shape::frame, 2, 1, 0},                            // loadimage_half_yv12_ajust
-    {Shape::frame, 2, 8, 0}, {Shape::frame, 2, 8, 0},   // loadimage_rgb32
-    {Shape::frame, 2, 6, 0}, {Shape::frame, 2, 6, 0},   // loadimage_rgb24
-    {Shape::frame, 2, 4, 0}, {Shape::frame, 2, 4, 0},   // loadimage_rgb16
-    // stretch
-    {Shape::frame, 2, 4, 0}, {Shape::frame, 2, 4, 0},   // strech_picture_1X2_yuy2(_ajust)
-    {Shape::frame, 2, 8, 0}, {Shape::frame, 2, 6, 0}, {Shape::frame, 2, 4, 0},  // _rgb32/24/16
-    {Shape::frame, 2, 8, 0}, {Shape::frame, 2, 8, 0},   // strech_picture_2X2_yuy2(_ajust)
-    {Shape::packed_2x2, 0, 4, 0}, {Shape::packed_2x2, 0, 4, 0},
-    {Shape::plane, 2, 4, 0}, {Shape::plane, 2, 4, 0},   // strech_pic_2X2(_adjust)
-    {Shape::plane, 2, 2, 0},                            // strech_pic_1X2_adjust
-    {Shape::frame, 2, 4, 0}, {Shape::frame, 2, 2, 0},   // strech_picture_2X2/1X2_yv12_ajust
-    {Shape::edge_directed, 0, 4, 0},
-    // sub-picture preparation: frame, sub, image
-    {Shape::record, 2, 2, 8}, {Shape::record, 2, 2, 6}, {Shape::record, 2, 2, 4},  // Convert
-    {Shape::record, 2, 2, 8}, {Shape::record, 2, 2, 6}, {Shape::record, 2, 2, 4},  // Restore
-    {Shape::record, 2, 2, 8}, {Shape::record, 2, 2, 6}, {Shape::record, 2, 2, 4},  // alpha
-    {Shape::record, 2, 2, 8}, {Shape::record, 2, 2, 8},  // load_subpicture_yuy2_rgb32
-    {Shape::record, 2, 2, 6}, {Shape::record, 2, 2, 6},  // rgb24
-    {Shape::record, 2, 2, 4}, {Shape::record, 2, 2, 4},  // rgb16
-    {Shape::fill, 0, 8, 0}, {Shape::fill, 0, 6, 0}, {Shape::fill, 0, 4, 0},
-    {Shape::mask, 0, 2, 0},
-    // mixers
-    {Shape::record, 2, 2, 4}, {Shape::record, 2, 2, 2},  // yuy2_p, half_yuy2_p
-    {Shape::record, 2, 2, 8}, {Shape::record, 2, 2, 6}, {Shape::record, 2, 2, 4},  // rgb p
-    {Shape::record, 2, 2, 4},                            // yuy2_i
-    {Shape::record, 2, 2, 8}, {Shape::record, 2, 2, 6}, {Shape::record, 2, 2, 4},  // rgb i
-    {Shape::record, 2, 2, 2}, {Shape::record, 2, 2, 2}, {Shape::record, 2, 2, 2},  // yv12
-};
-
-// The table follows the kernel enumeration; a slip shows at these landmarks.
-static_assert(shapes[DISPCONV_KERNEL_yuy2_strech_picture_2X2_yuy2].shape == Shape::packed_2x2);
-static_assert(shapes[DISPCONV_KERNEL_strech_pic_1X2_adjust].shape == Shape::plane);
-static_assert(shapes[DISPCONV_KERNEL_strech_opt_yuy2_ajust].shape == Shape::edge_directed);
-static_assert(shapes[DISPCONV_KERNEL_Convert_RGB32_To_AYUY2].shape == Shape::record);
-static_assert(shapes[DISPCONV_KERNEL_LoadColorKeyRgb32].shape == Shape::fill);
-static_assert(shapes[DISPCONV_KERNEL_RelaceMaskWithColorKey].shape == Shape::mask);
-static_assert(shapes[DISPCONV_KERNEL_mix_ayuy2_rgb32_p_ajust].c == 8);
-static_assert(shapes[DISPCONV_KERNEL_COUNT - 1].shape == Shape::record && shapes[DISPCONV_KERNEL_COUNT - 1].c == 2);
-
 bool is_mixer(dispconv_kernel k) { return k >= DISPCONV_KERNEL_mix_ayuy2_yuy2_p_ajust; }
 
 std::vector<dispconv_kernel> allowed_kernels;
@@ -189,14 +131,17 @@ CheckedCall draw_call(FuzzedDataProvider& in) {
         // One past the last kernel now and then: an unknown kernel must be refused too.
         c.kernel = dispconv_kernel(in.ConsumeIntegralInRange(0, int(DISPCONV_KERNEL_COUNT)));
     }
-    const KernelShape shape = c.kernel < DISPCONV_KERNEL_COUNT ? shapes[c.kernel] : KernelShape{Shape::frame, 2, 4, 0};
+    // The catalogue's natural row sizes (half bytes per pixel) only bias the draw; any stride can
+    // still come out.
+    const KernelFacts f = c.kernel < DISPCONV_KERNEL_COUNT ? facts(c.kernel) : facts(DISPCONV_KERNEL_LoadYUY2_YUY2);
+    const int a = f.src_x2 ? f.src_x2 : 2, b = f.dst_x2 ? f.dst_x2 : 2;
     const int32_t width = draw_width(in), height = draw_height(in);
-    switch (shape.shape) {
+    switch (f.shape) {
         case Shape::record:
             c.info.width = width, c.info.height = height;
-            c.info.frame_stride = draw_stride(in, width, shape.a);
-            c.info.sub_stride = draw_stride(in, width, shape.b);
-            c.info.image_stride = draw_stride(in, width, shape.c);
+            c.info.frame_stride = draw_stride(in, width, a);
+            c.info.sub_stride = draw_stride(in, width, b);
+            c.info.image_stride = draw_stride(in, width, f.image_x2);
             c.info.color_key = in.ConsumeIntegral<uint32_t>();
             c.info.reserved1 = in.ConsumeIntegral<int32_t>();
             break;
@@ -204,12 +149,12 @@ CheckedCall draw_call(FuzzedDataProvider& in) {
             c.frame_width = width, c.height = height;
             c.frame_structure = in.ConsumeIntegralInRange(0, 7) != 7 ? in.ConsumeIntegralInRange(0, 1) : in.ConsumeIntegralInRange(2, 3);
             c.start_line = in.ConsumeIntegralInRange(0, 5) != 5 ? in.ConsumeIntegralInRange(0, 12) : in.ConsumeIntegralInRange(-4, 40);
-            c.dst_stride = draw_stride(in, width, shape.b);
+            c.dst_stride = draw_stride(in, width, b);
             break;
         default:
             c.width = width, c.height = height;
-            c.src_stride = draw_stride(in, width, shape.a ? shape.a : 2);
-            c.dst_stride = draw_stride(in, width, shape.b);
+            c.src_stride = draw_stride(in, width, a);
+            c.dst_stride = draw_stride(in, width, b);
             c.plane = in.ConsumeIntegralInRange(0, 7) != 7 ? in.ConsumeIntegralInRange(1, 3) : in.ConsumeIntegralInRange(-1, 4);
             c.color_key = in.ConsumeIntegral<uint32_t>();
             c.mask_value = in.ConsumeIntegral<uint32_t>();
@@ -379,38 +324,22 @@ void check_refused(const CheckedCall& c, dispconv_status status, const dispconv_
     ++stats.refused;
 }
 
-struct RecordAfter {
-    int32_t width, height;
-    std::array<std::ptrdiff_t, 10> moved;  // pointer fields, from where they started
-};
-
-RecordAfter record_after(const MIX_INFO& after, const Buffers& given) {
+// What a record kernel left in its record: width, height and each pointer's move.
+using RecordAfter = std::vector<std::ptrdiff_t>;
+RecordAfter record_after(const MIX_INFO& after, const uint8_t* const* given) {
     uint8_t* const MIX_INFO::*fields[] = {&MIX_INFO::frame_y, &MIX_INFO::frame_v, &MIX_INFO::frame_u,
                                           &MIX_INFO::sub_opacity, &MIX_INFO::sub_y, &MIX_INFO::sub_v,
                                           &MIX_INFO::sub_u, &MIX_INFO::image, &MIX_INFO::image_u,
                                           &MIX_INFO::image_v};
-    RecordAfter r{after.width, after.height, {}};
-    for (int i = 0; i < 10; ++i) r.moved[i] = after.*fields[i] - given.pointers[DISPCONV_BUFFER_FRAME_Y + i];
-    return r;
-}
-
-RecordAfter record_after(const MixInfo& after, const std::array<Region, DISPCONV_BUFFER_COUNT>& given) {
-    const Region MixInfo::*fields[] = {&MixInfo::frame_y, &MixInfo::frame_v, &MixInfo::frame_u,
-                                       &MixInfo::sub_opacity, &MixInfo::sub_y, &MixInfo::sub_v,
-                                       &MixInfo::sub_u, &MixInfo::image, &MixInfo::image_u, &MixInfo::image_v};
-    RecordAfter r{after.width, after.height, {}};
-    for (int i = 0; i < 10; ++i) r.moved[i] = (after.*fields[i]).origin() - given[DISPCONV_BUFFER_FRAME_Y + i].origin();
+    RecordAfter r{after.width, after.height};
+    for (int i = 0; i < 10; ++i) r.push_back(after.*fields[i] - given[DISPCONV_BUFFER_FRAME_Y + i]);
     return r;
 }
 
 std::string record_text(const RecordAfter& r) {
-    std::string s = "width " + std::to_string(r.width) + " height " + std::to_string(r.height) + " moved";
-    for (std::ptrdiff_t m : r.moved) s += " " + std::to_string(m);
+    std::string s = "width, height and moves:";
+    for (std::ptrdiff_t m : r) s += " " + std::to_string(m);
     return s;
-}
-
-bool operator==(const RecordAfter& a, const RecordAfter& b) {
-    return a.width == b.width && a.height == b.height && a.moved == b.moved;
 }
 
 // A run's buffers against the reference: the same bytes, and nothing changed outside the write
@@ -484,7 +413,7 @@ void check_accepted(FuzzedDataProvider& in, const CheckedCall& c, const dispconv
         return;
     }
     if (!r) fail("the checked interface refused buffers that cover the footprint: " + describe(r));
-    const bool record = shapes[c.kernel].shape == Shape::record;
+    const bool record = facts(c.kernel).shape == Shape::record;
 
     std::unique_ptr<Buffers> reference;
     RecordAfter reference_record{};
@@ -495,7 +424,7 @@ void check_accepted(FuzzedDataProvider& in, const CheckedCall& c, const dispconv
         MIX_INFO after{};
         run_raw(*table, c, run->pointers.data(), &after);
         ++stats.isa_runs;
-        const RecordAfter changes = record_after(after, *run);
+        const RecordAfter changes = record_after(after, run->pointers.data());
         const std::string who = isa_name(Isa(i));
         if (!reference) {
             compare(who.c_str(), *run, *run, pristine, place, fp);
@@ -509,7 +438,12 @@ void check_accepted(FuzzedDataProvider& in, const CheckedCall& c, const dispconv
     }
     compare("the checked interface", checked, *reference, pristine, place, fp);
     if (record) {
-        const RecordAfter changes = record_after(checked_after, regions);
+        const Region MixInfo::*fields[] = {&MixInfo::frame_y, &MixInfo::frame_v, &MixInfo::frame_u,
+                                           &MixInfo::sub_opacity, &MixInfo::sub_y, &MixInfo::sub_v,
+                                           &MixInfo::sub_u, &MixInfo::image, &MixInfo::image_u, &MixInfo::image_v};
+        RecordAfter changes{checked_after.width, checked_after.height};
+        for (int i = 0; i < 10; ++i)
+            changes.push_back((checked_after.*fields[i]).origin() - regions[DISPCONV_BUFFER_FRAME_Y + i].origin());
         if (!(changes == reference_record))
             fail("the checked interface left the record as " + record_text(changes) + ", portable as " +
                  record_text(reference_record));

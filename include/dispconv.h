@@ -118,34 +118,64 @@ typedef struct tagVideoFrame {
     typedef char DISPCONV_ASSERT_JOIN(dispconv_layout_check_, __LINE__)[(cond) ? 1 : -1]
 #endif
 
-DISPCONV_STATIC_ASSERT(sizeof(ajust_contrast_info) == 48, "ajust_contrast_info is 12 words");
-DISPCONV_STATIC_ASSERT(offsetof(ajust_contrast_info, rgb16_layout) == 32, "rgb16_layout is word 9");
-DISPCONV_STATIC_ASSERT(offsetof(ajust_contrast_info, dst_luma_height) == 44, "word 12");
-
+/* Every field at its defined place: on 32-bit targets field n is 32-bit word n (byte 4n - 4);
+ * on 64-bit targets the pointers widen to 8 bytes with natural alignment. The first number of
+ * each line is the 32-bit offset, the second the 64-bit one. */
 #if UINTPTR_MAX == 0xFFFFFFFFu
-/* 32-bit targets: the exact 32-bit-word layout. */
-DISPCONV_STATIC_ASSERT(sizeof(MIX_INFO) == 76, "MIX_INFO is 19 words");
-DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, frame_y) == 20, "MIX_INFO word 6");
-DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, image_v) == 56, "MIX_INFO word 15");
-DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, color_key) == 60, "MIX_INFO word 16");
-DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, surface_format) == 72, "MIX_INFO word 19");
-DISPCONV_STATIC_ASSERT(sizeof(tagVideoFrame) == 136, "tagVideoFrame is 34 words");
-DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, frame_structure) == 44, "word 12");
-DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, plane_y) == 96, "word 25");
-DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, plane_v) == 104, "word 27");
-DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, frame_width) == 132, "word 34");
+#define DISPCONV_LAYOUT_AT(at32, at64) (at32)
 #elif UINTPTR_MAX == 0xFFFFFFFFFFFFFFFFu
-/* 64-bit targets: pointers are 8 bytes with natural alignment. */
-DISPCONV_STATIC_ASSERT(sizeof(MIX_INFO) == 128, "MIX_INFO on 64-bit targets");
-DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, frame_y) == 24, "MIX_INFO frame_y");
-DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, image_v) == 96, "MIX_INFO image_v");
-DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, color_key) == 104, "MIX_INFO color_key");
-DISPCONV_STATIC_ASSERT(offsetof(MIX_INFO, surface_format) == 120, "MIX_INFO surface_format");
-DISPCONV_STATIC_ASSERT(sizeof(tagVideoFrame) == 152, "tagVideoFrame on 64-bit targets");
-DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, frame_structure) == 44, "frame_structure");
-DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, plane_y) == 96, "plane_y");
-DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, plane_v) == 112, "plane_v");
-DISPCONV_STATIC_ASSERT(offsetof(tagVideoFrame, frame_width) == 144, "frame_width");
+#define DISPCONV_LAYOUT_AT(at32, at64) (at64)
+#endif
+#ifdef DISPCONV_LAYOUT_AT
+#define DISPCONV_SIZE(type, at32, at64) \
+    DISPCONV_STATIC_ASSERT(sizeof(type) == DISPCONV_LAYOUT_AT(at32, at64), #type " size")
+#define DISPCONV_FIELD(type, field, at32, at64) \
+    DISPCONV_STATIC_ASSERT(offsetof(type, field) == DISPCONV_LAYOUT_AT(at32, at64), #type "." #field)
+DISPCONV_SIZE(ajust_contrast_info, 48, 48);
+DISPCONV_FIELD(ajust_contrast_info, luma_gain, 0, 0);
+DISPCONV_FIELD(ajust_contrast_info, chroma_gain, 4, 4);
+DISPCONV_FIELD(ajust_contrast_info, luma_offset, 8, 8);
+DISPCONV_FIELD(ajust_contrast_info, u_offset, 12, 12);
+DISPCONV_FIELD(ajust_contrast_info, v_offset, 16, 16);
+DISPCONV_FIELD(ajust_contrast_info, luma_offset_extra, 20, 20);
+DISPCONV_FIELD(ajust_contrast_info, u_offset_extra, 24, 24);
+DISPCONV_FIELD(ajust_contrast_info, v_offset_extra, 28, 28);
+DISPCONV_FIELD(ajust_contrast_info, rgb16_layout, 32, 32);
+DISPCONV_FIELD(ajust_contrast_info, reserved, 36, 36);
+DISPCONV_FIELD(ajust_contrast_info, dst_plane_height, 40, 40);
+DISPCONV_FIELD(ajust_contrast_info, dst_luma_height, 44, 44);
+DISPCONV_SIZE(MIX_INFO, 76, 128);
+DISPCONV_FIELD(MIX_INFO, frame_stride, 0, 0);
+DISPCONV_FIELD(MIX_INFO, sub_stride, 4, 4);
+DISPCONV_FIELD(MIX_INFO, image_stride, 8, 8);
+DISPCONV_FIELD(MIX_INFO, width, 12, 12);
+DISPCONV_FIELD(MIX_INFO, height, 16, 16);
+DISPCONV_FIELD(MIX_INFO, frame_y, 20, 24);
+DISPCONV_FIELD(MIX_INFO, frame_v, 24, 32);
+DISPCONV_FIELD(MIX_INFO, frame_u, 28, 40);
+DISPCONV_FIELD(MIX_INFO, sub_opacity, 32, 48);
+DISPCONV_FIELD(MIX_INFO, sub_y, 36, 56);
+DISPCONV_FIELD(MIX_INFO, sub_v, 40, 64);
+DISPCONV_FIELD(MIX_INFO, sub_u, 44, 72);
+DISPCONV_FIELD(MIX_INFO, image, 48, 80);
+DISPCONV_FIELD(MIX_INFO, image_u, 52, 88);
+DISPCONV_FIELD(MIX_INFO, image_v, 56, 96);
+DISPCONV_FIELD(MIX_INFO, color_key, 60, 104);
+DISPCONV_FIELD(MIX_INFO, reserved1, 64, 108);
+DISPCONV_FIELD(MIX_INFO, reserved2, 68, 112);
+DISPCONV_FIELD(MIX_INFO, surface_format, 72, 120);
+DISPCONV_SIZE(tagVideoFrame, 136, 152);
+DISPCONV_FIELD(tagVideoFrame, reserved_words_1_11, 0, 0);
+DISPCONV_FIELD(tagVideoFrame, frame_structure, 44, 44);
+DISPCONV_FIELD(tagVideoFrame, reserved_words_13_24, 48, 48);
+DISPCONV_FIELD(tagVideoFrame, plane_y, 96, 96);
+DISPCONV_FIELD(tagVideoFrame, plane_u, 100, 104);
+DISPCONV_FIELD(tagVideoFrame, plane_v, 104, 112);
+DISPCONV_FIELD(tagVideoFrame, reserved_words_28_33, 108, 120);
+DISPCONV_FIELD(tagVideoFrame, frame_width, 132, 144);
+#undef DISPCONV_FIELD
+#undef DISPCONV_SIZE
+#undef DISPCONV_LAYOUT_AT
 #endif
 
 /* ------------------------------------------------------------------------------------------ */

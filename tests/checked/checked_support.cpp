@@ -12,16 +12,6 @@ namespace dispconv::test {
 
 namespace {
 
-const char* const kernel_names[] = {
-#define DISPCONV_KERNEL(name, params, args) #name,
-#include "load/kernels.def"
-#include "stretch/kernels.def"
-#include "subpicture/kernels.def"
-#include "mix/kernels.def"
-#undef DISPCONV_KERNEL
-};
-
-
 // Records carrying the call's scalars and, once known, its pointers.
 struct Records {
     MIX_INFO info;
@@ -100,19 +90,10 @@ void on_fault(int) {
 
 }  // namespace
 
-bool is_record_kernel(dispconv_kernel k) {
-    return (k >= DISPCONV_KERNEL_Convert_RGB32_To_AYUY2 && k < DISPCONV_KERNEL_LoadColorKeyRgb32) ||
-           k >= DISPCONV_KERNEL_mix_ayuy2_yuy2_p_ajust;
-}
-
-std::string kernel_name(dispconv_kernel k) {
-    return k >= 0 && k < DISPCONV_KERNEL_COUNT ? kernel_names[k] : "unknown kernel";
-}
-
 std::string describe(const CheckedCall& c) {
     std::ostringstream s;
     s << kernel_name(c.kernel);
-    if (is_record_kernel(c.kernel))
+    if (facts(c.kernel).shape == Shape::record)
         s << " width " << c.info.width << " height " << c.info.height << " frame_stride " << c.info.frame_stride
           << " sub_stride " << c.info.sub_stride << " image_stride " << c.info.image_stride;
     else
@@ -149,7 +130,7 @@ Result run_checked(const CheckedCall& c, Region* regions, MixInfo* after) {
 #include "mix/kernels.def"
 #undef DISPCONV_KERNEL
         default:
-            return {Status::bad_argument};
+            return {Status::bad_argument, DISPCONV_BUFFER_COUNT, 0, 0, "no checked function for this kernel"};
     }
 }
 
@@ -193,20 +174,6 @@ void run_raw(const KernelTable& t, const CheckedCall& c, uint8_t* const* p, MIX_
             break;
     }
     if (after) *after = *info;
-}
-
-std::vector<CheckedCall> contract_calls() {
-    std::vector<CheckedCall> all;
-    for (auto* family : {load_contract_calls, stretch_contract_calls, subpicture_contract_calls, mix_contract_calls})
-        for (CheckedCall& c : family()) all.push_back(c);
-    return all;
-}
-
-std::vector<BadCall> bad_calls() {
-    std::vector<BadCall> all;
-    for (auto* family : {load_bad_calls, stretch_bad_calls, subpicture_bad_calls, mix_bad_calls})
-        for (BadCall& c : family()) all.push_back(c);
-    return all;
 }
 
 GuardedBytes::GuardedBytes(size_t bytes, Edge edge) : size_(bytes) {

@@ -9,6 +9,7 @@
 
 #include "core/kernel_table.hpp"
 #include "dispconv.hpp"
+#include "support/catalogue.hpp"
 
 namespace dispconv::test {
 
@@ -36,9 +37,6 @@ inline BadCall without_settings(CheckedCall c) {
     return {c, Status::bad_argument};
 }
 
-std::string kernel_name(dispconv_kernel k);
-// Kernels taking a MIX_INFO record, and the one taking a frame descriptor.
-bool is_record_kernel(dispconv_kernel k);
 std::string describe(const CheckedCall& c);
 
 // The footprint the library computes for the call.
@@ -53,17 +51,12 @@ Result run_checked(const CheckedCall& c, Region* regions, MixInfo* after = nullp
 // record as the kernel leaves it (record kernels).
 void run_raw(const KernelTable& t, const CheckedCall& c, uint8_t* const* pointers, MIX_INFO* after = nullptr);
 
-// Every family's calls inside the contract (a spread of geometries per kernel) and outside it.
+// A call of kernel k: width, height, `pad` bytes (or pixels) more per row of each buffer,
+// strides negated by `sign` where the kernel allows it.
+CheckedCall make_call(dispconv_kernel k, int32_t width, int32_t height, int pad, int sign, int32_t layout);
+// Every kernel's calls inside the contract (a spread of geometries per kernel) and outside it.
 std::vector<CheckedCall> contract_calls();
 std::vector<BadCall> bad_calls();
-std::vector<CheckedCall> load_contract_calls();
-std::vector<CheckedCall> stretch_contract_calls();
-std::vector<CheckedCall> subpicture_contract_calls();
-std::vector<CheckedCall> mix_contract_calls();
-std::vector<BadCall> load_bad_calls();
-std::vector<BadCall> stretch_bad_calls();
-std::vector<BadCall> subpicture_bad_calls();
-std::vector<BadCall> mix_bad_calls();
 
 // Memory of `bytes` usable bytes between two inaccessible pages, aligned to either end.
 class GuardedBytes {

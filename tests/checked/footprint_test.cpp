@@ -63,11 +63,16 @@ void raw_body(void* context) {
     run_raw(*r->table, *r->call, r->pointers);
 }
 
+// Every kernel has contract calls, accepted, touching the buffers the catalogue names.
 TEST(Footprint, EveryKernelHasContractCallsAndTheyAreAccepted) {
     std::array<int, DISPCONV_KERNEL_COUNT> calls{};
     for (const CheckedCall& c : contract_calls()) {
         dispconv_footprint fp;
         ASSERT_EQ(footprint_of(c, fp), DISPCONV_OK) << describe(c) << ": " << (fp.problem ? fp.problem : "");
+        uint32_t touched = 0;
+        for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
+            if (hull(fp, b).begin != hull(fp, b).end) touched |= 1u << b;
+        EXPECT_EQ(touched, facts(c.kernel).buffers) << describe(c);
         ++calls[c.kernel];
     }
     for (int k = 0; k < DISPCONV_KERNEL_COUNT; ++k)
@@ -104,9 +109,13 @@ bool needed_by_no_implementation(const CheckedCall& c, int b, GuardedBytes::Edge
 }
 
 // One byte less at either end of any buffer and some implementation touches the guard page: the
-// footprint claims no byte the kernels never reach.
+// footprint claims no byte the kernels never reach. The portable kernels need not load whole
+// blocks (and the optimiser drops loads they do not use), so an edge only the SIMD sets reach is
+// proven only where one is built: edges no implementation here reaches are listed, and fail only
+// in builds that promise every edge reached (DISPCONV_REQUIRE_REACH: x86 with AVX2).
 TEST(Footprint, KernelsReachBothEndsOfTheirFootprints) {
     int edges = 0;
+    std::vector<std::string> unreached;
     for (const CheckedCall& c : contract_calls()) {
         dispconv_footprint fp;
         ASSERT_EQ(footprint_of(c, fp), DISPCONV_OK) << describe(c);
@@ -121,13 +130,15 @@ TEST(Footprint, KernelsReachBothEndsOfTheirFootprints) {
                     reached = reached || faults(raw_body, &r);
                 }
                 ++edges;
-                EXPECT_TRUE(reached) << describe(c) << ": no implementation touches the "
-                                     << (edge == GuardedBytes::at_end ? "last" : "first") << " byte of "
-                                     << buffer_name(dispconv_buffer(b));
+                if (reached) continue;
+                unreached.push_back(describe(c) + ": the " + (edge == GuardedBytes::at_end ? "last" : "first") +
+                                    " byte of " + buffer_name(dispconv_buffer(b)));
+                EXPECT_FALSE(DISPCONV_REQUIRE_REACH) << "no implementation touches " << unreached.back();
             }
         }
     }
-    std::printf("footprint edges reached: %d\n", edges);
+    for (const std::string& u : unreached) std::printf("not reached by any implementation here: %s\n", u.c_str());
+    std::printf("footprint edges reached: %d of %d\n", edges - int(unreached.size()), edges);
 }
 #endif
 
@@ -245,7 +256,7 @@ TEST(Footprint, CheckedInterfaceAcceptsExactlyTheFootprint) {
 TEST(Footprint, MissingRecordsAreRefused) {
     for (int k = 0; k < DISPCONV_KERNEL_COUNT; ++k) {
         const auto kernel = dispconv_kernel(k);
-        if (!is_record_kernel(kernel) && kernel != DISPCONV_KERNEL_strech_opt_yuy2_ajust) continue;
+        if (facts(kernel).shape != Shape::record && facts(kernel).shape != Shape::edge_directed) continue;
         dispconv_call call{};
         call.kernel = kernel, call.width = 64, call.height = 16, call.dst_stride = 256;
         dispconv_footprint fp;

@@ -50,59 +50,5 @@ TEST(LoadimageRgb, WidthOffTheBlockDriftsRightEveryRowPair) {
                 << "row " << 2 + row << " byte " << i;
 }
 
-// Geometry shared by the frame loaders: a negative destination pitch from the last row gives
-// the same rows bottom-up, and an odd height writes one row more.
-struct GeometryCase {
-    const char* name;
-    FrameKernel kernel;
-    bool packed_source;
-    int bytes_per_row;  // destination bytes per row for width 32
-};
-const GeometryCase geometry_cases[] = {
-    {"LoadYUY2_YUY2", LoadYUY2_YUY2, true, 64},       {"LoadYUY2_RGB24", LoadYUY2_RGB24, true, 96},
-    {"loadimage_yuy2", loadimage_yuy2, false, 64},    {"loadimage_rgb16", loadimage_rgb16, false, 64},
-    {"loadimage_rgb32_ajust", loadimage_rgb32_ajust, false, 128},
-};
-
-TEST(FrameLoaders, NegativePitchWritesBottomUp) {
-    set_adjust(70, 60, 1, 2, 3);
-    for (const GeometryCase& g : geometry_cases) {
-        ajust_contrast_info s{};
-        PlanarFrame f(32, 6, 32, 40);
-        Buffer packed = packed_from_planar(f);
-        void* y = g.packed_source ? packed.data() : f.y.data();
-        const int pitch = g.bytes_per_row + 8;
-        Buffer down(size_t(pitch) * 6, 64, 0), up = down;
-        g.kernel(y, f.u.data(), f.v.data(), down.data(), 32, 6, 32, pitch, &s);
-        g.kernel(y, f.u.data(), f.v.data(), up.data() + 5 * pitch, 32, 6, 32, -pitch, &s);
-        for (int r = 0; r < 6; ++r)
-            for (int i = 0; i < pitch; ++i)
-                ASSERT_EQ(up[size_t(5 - r) * pitch + i], down[size_t(r) * pitch + i]) << g.name << " row " << r;
-    }
-}
-
-TEST(FrameLoaders, OddHeightWritesOneMoreRowAndZeroWritesTwo) {
-    for (const GeometryCase& g : geometry_cases) {
-        for (const auto& [height, rows] : {std::pair{3, 4}, std::pair{0, 2}, std::pair{1, 2}}) {
-            ajust_contrast_info s{};
-            PlanarFrame f(32, 6, 32, 41);
-            Buffer packed = packed_from_planar(f);
-            void* y = g.packed_source ? packed.data() : f.y.data();
-            Buffer dst(size_t(g.bytes_per_row) * 6, 64, 0x5A);
-            g.kernel(y, f.u.data(), f.v.data(), dst.data(), 32, height, 32, g.bytes_per_row, &s);
-            int touched_rows = 0;
-            for (int r = 0; r < 6; ++r) {
-                bool touched = false;
-                for (int i = 0; i < g.bytes_per_row; ++i) touched |= dst[size_t(r) * g.bytes_per_row + i] != 0x5A;
-                touched_rows += touched;
-                if (r < rows) {
-                    EXPECT_TRUE(touched) << g.name << " height " << height << " left row " << r;
-                }
-            }
-            EXPECT_EQ(touched_rows, rows) << g.name << " height " << height;
-        }
-    }
-}
-
 }  // namespace
 }  // namespace dispconv::test

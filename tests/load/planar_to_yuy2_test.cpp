@@ -36,17 +36,6 @@ TEST(LoadimageYuy2, OddRowsSkipBlockHeadsAndWidthsOffTheBlockDrift) {
     }
 }
 
-TEST(LoadimageYuy2Ajust, RefusesSmallOrOddHeights) {
-    set_adjust();
-    PlanarFrame f(32, 12, 32, 12);
-    for (int height : {8, 7, 0, 9, -2, 11}) {
-        Buffer dst(64 * 14);
-        const Buffer before = dst;
-        loadimage_yuy2_ajust(f.y.data(), f.u.data(), f.v.data(), dst.data(), 32, height, 32, 64, nullptr);
-        EXPECT_TRUE(same_bytes(before, dst)) << "height " << height;
-    }
-}
-
 TEST(LoadimageYuy2Ajust, EqualsTheAdjustedPackedCopy) {
     // Every row written in full with its pair's chroma, adjusted: the packed-source adjusting
     // copy of the same samples gives the same surface.

@@ -31,38 +31,6 @@ TEST(LoadimageYv12Ajust, PlacesPlanesAndCrossesTheChromaOffsets) {
     EXPECT_TRUE(same_bytes(want, got));
 }
 
-TEST(LoadimageYv12, ContiguousVThenUCopiesBothPlanesOneByteEarly) {
-    // The chroma planes start one byte before the end of the luma area, and the copy runs on
-    // for `height` chroma rows: with V followed by U in the source the U plane comes out right.
-    const int width = 32, height = 4, stride = 32;
-    const int cw = width / 2, plane = cw * height / 2;
-    Buffer luma = random_buffer(size_t(stride) * height * 2, 23);
-    Buffer chroma = random_buffer(size_t(plane) * 4, 24);  // V, then U, then readable spare rows
-    Buffer dst(size_t(stride) * height * 2);
-    loadimage_yv12(luma.data(), chroma.data() + plane, chroma.data(), dst.data(), width, height, stride, stride, nullptr);
-    const size_t v_at = size_t(height) * stride - 1, u_at = v_at + size_t(height) * stride / 4;
-    for (int i = 0; i < plane; ++i) {
-        EXPECT_EQ(dst[v_at + i], chroma[i]) << "V byte " << i;
-        EXPECT_EQ(dst[u_at + i], chroma[plane + i]) << "U byte " << i;
-    }
-    EXPECT_EQ(dst.bytes[dst.margin - 1], canary);  // nothing before the surface
-}
-
-TEST(LoadimageYv12, LumaKeepsItsOverlappingRowSteps) {
-    // Rows are read `width` apart and written `src_stride` apart; the destination moves on by
-    // the blocks only, so each pair's first row overwrites the previous pair's second row.
-    const int width = 16, height = 4, stride = 16;
-    Buffer src = random_buffer(16 * 16, 25), dst(16 * 16);
-    Buffer chroma = random_buffer(16 * 16, 26);
-    loadimage_yv12(src.data(), chroma.data(), chroma.data(), dst.data(), width, height, stride, stride, nullptr);
-    // Pair 0 reads rows 0, 1 into rows 0, 1; pair 1 reads source rows 3, 4 into rows 1, 2.
-    for (int x = 0; x < 16; ++x) {
-        EXPECT_EQ(dst[x], src[x]);
-        EXPECT_EQ(dst[16 + x], src[48 + x]);
-        EXPECT_EQ(dst[32 + x], src[64 + x]);
-    }
-}
-
 // The copy as described, one 16-byte (luma) or 8-byte (chroma) block at a time, rows in
 // turn: the kernel may copy whole rows or skip bytes a later pair rewrites, never differ.
 void yv12_copy_by_blocks(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst, int width,

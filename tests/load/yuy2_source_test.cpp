@@ -23,15 +23,6 @@ TEST(LoadYuy2ToYuy2, OddRowsTakeTheChromaAbove) {
     EXPECT_TRUE(same_bytes(want, got));
 }
 
-TEST(LoadYuy2ToYuy2, NeutralAdjustmentEqualsPlain) {
-    set_adjust();
-    Buffer src = random_yuy2(48, 8, 2);
-    Buffer plain(48 * 2 * 9), adjusted = plain;
-    LoadYUY2_YUY2(src.data(), nullptr, nullptr, plain.data(), 40, 7, 48, 96, nullptr);
-    LoadYUY2_YUY2_adjust(src.data(), nullptr, nullptr, adjusted.data(), 40, 7, 48, 96, nullptr);
-    EXPECT_TRUE(same_bytes(plain, adjusted));
-}
-
 struct RgbKernels {
     const char* name;
     FrameKernel plain, adjusted;
@@ -43,70 +34,40 @@ const RgbKernels yuy2_rgb_kernels[] = {
     {"rgb16", LoadYUY2_RGB16, LoadYUY2_RGB16_adjust, 2},
 };
 
-// Expected bytes of one pixel in each format (16-bit: layout 0).
-std::vector<uint8_t> pixel_bytes(int bytes_per_pixel, uint8_t r, uint8_t g, uint8_t b) {
-    if (bytes_per_pixel == 4) return {b, g, r, 0};
-    if (bytes_per_pixel == 3) return {b, g, r};
-    const uint16_t w = uint16_t(((r & 0xF8) << 8) | ((g & 0xFC) << 3) | (b >> 3));
-    return {uint8_t(w), uint8_t(w >> 8)};
-}
-
-TEST(LoadYuy2ToRgb, HandWorkedColours) {
-    ajust_contrast_info layout0{};
-    for (const RgbKernels& k : yuy2_rgb_kernels)
-        for (const ColourCase& c : colour_cases) {
-            uint8_t src[2 * 16 * 2];
-            for (int i = 0; i < 64; i += 4) src[i] = c.y, src[i + 1] = c.u, src[i + 2] = c.y, src[i + 3] = c.v;
-            uint8_t dst[2 * 64];
-            k.plain(src, nullptr, nullptr, dst, 16, 2, 16, 64, &layout0);
-            const std::vector<uint8_t> px = pixel_bytes(k.bytes_per_pixel, c.r, c.g, c.b);
-            for (int row = 0; row < 2; ++row)
-                for (int x = 0; x < 16; ++x)
-                    for (int i = 0; i < k.bytes_per_pixel; ++i)
-                        ASSERT_EQ(dst[row * 64 + x * k.bytes_per_pixel + i], px[i])
-                            << k.name << " Y" << int(c.y) << " U" << int(c.u) << " V" << int(c.v);
-        }
-}
-
-TEST(LoadYuy2ToRgb, SecondRowShowsTheFirstRowsColour) {
-    uint8_t src[2 * 64], dst[2 * 64];
-    for (int i = 0; i < 64; i += 4) {
-        src[i] = src[i + 2] = src[64 + i] = src[64 + i + 2] = 81;
-        src[i + 1] = 90, src[i + 3] = 240;            // row 0: red
-        src[64 + i + 1] = 128, src[64 + i + 3] = 128;  // row 1: grey, never used
-    }
-    LoadYUY2_RGB32(src, nullptr, nullptr, dst, 16, 2, 32, 64, nullptr);
-    for (int x = 0; x < 16; ++x) {
-        EXPECT_EQ(dst[64 + 4 * x + 2], 253);
-        EXPECT_EQ(dst[64 + 4 * x + 1], 0);
-    }
-}
-
-TEST(LoadYuy2ToRgb, SixteenBitLayoutsOfPrimariesAndWhite) {
-    // Each channel alone pins its mask and place in every layout; white shows layout 1's
-    // spare bit 0.
-    struct Colour {
+// Hand-worked colours in every format and 16-bit layout (each channel alone pins its mask and
+// place; white shows layout 1's spare bit 0). The second row of the pair carries grey chroma,
+// which is never used: it shows the first row's colour.
+TEST(LoadYuy2ToRgb, HandWorkedColoursInEveryFormat) {
+    struct Words {
         uint8_t y, u, v;
-        uint16_t packed[4];
+        uint16_t packed[4];  // layouts 0..3; 0 where not worked out
     };
-    const Colour colours[] = {
+    const Words words[] = {
         {81, 90, 240, {0xF800, 0xF800, 0xFC00, 0xFC00}},   // red 253
         {145, 54, 34, {0x07E0, 0x07C0, 0x03F0, 0x03E0}},   // green 255
         {41, 240, 110, {0x001F, 0x003E, 0x000F, 0x001F}},  // blue 255, green 1 masked away
         {255, 128, 128, {0xFFFF, 0xFFFE, 0xFFFF, 0xFFFF}},
     };
-    set_adjust();
-    for (const Colour& c : colours)
-        for (const int32_t layout : {0, 1, 2, 3})
-            for (FrameKernel kernel : {LoadYUY2_RGB16, LoadYUY2_RGB16_adjust}) {
-                uint8_t src[64];
-                for (int i = 0; i < 64; i += 4) src[i] = src[i + 2] = c.y, src[i + 1] = c.u, src[i + 3] = c.v;
-                ajust_contrast_info s{};
+    for (const ColourCase& c : colour_cases)
+        for (const RgbKernels& k : yuy2_rgb_kernels)
+            for (int32_t layout = 0; layout < (k.bytes_per_pixel == 2 ? 4 : 1); ++layout) {
+                const Words* w = nullptr;
+                for (const Words& x : words)
+                    if (x.y == c.y && x.u == c.u && x.v == c.v) w = &x;
+                if (k.bytes_per_pixel == 2 && !w) continue;
+                uint8_t src[128], dst[128];
+                for (int i = 0; i < 128; i += 4)
+                    src[i] = src[i + 2] = c.y, src[i + 1] = i < 64 ? c.u : 128, src[i + 3] = i < 64 ? c.v : 128;
+                ajust_contrast_info s = settings();
                 s.rgb16_layout = layout;
-                uint8_t dst[64];
-                kernel(src, nullptr, nullptr, dst, 16, 2, 0, 32, &s);
-                for (int i = 0; i < 32; ++i)
-                    EXPECT_EQ(dst[2 * i] | dst[2 * i + 1] << 8, c.packed[layout]) << "layout " << layout << " Y" << int(c.y);
+                k.plain(src, nullptr, nullptr, dst, 16, 2, 16, 64, &s);
+                const uint8_t rgb[4] = {c.b, c.g, c.r, 0};
+                for (int i = 0; i < 16 * k.bytes_per_pixel; ++i) {
+                    const int b = i % k.bytes_per_pixel;
+                    const uint8_t want = k.bytes_per_pixel == 2 ? uint8_t(w->packed[layout] >> (8 * b)) : rgb[b];
+                    ASSERT_EQ(dst[i], want) << k.name << " layout " << layout << " Y" << int(c.y) << " U" << int(c.u);
+                    ASSERT_EQ(dst[64 + i], want) << k.name << " second row";
+                }
             }
 }
 

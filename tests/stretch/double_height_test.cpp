@@ -102,34 +102,6 @@ TEST(DoubleHeightYuy2, AverageAndFilterValues) {
     }
 }
 
-// Kernels that refuse small heights leave the whole destination untouched.
-TEST(DoubleHeight, RefusedHeights) {
-    using Kernel = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t, ajust_contrast_info*);
-    struct Case {
-        const char* name;
-        Kernel kernel;
-        int32_t highest_refused;
-    } cases[] = {
-        {"1X2_yuy2", strech_picture_1X2_yuy2, 7},
-        {"1X2_yuy2_ajust", strech_picture_1X2_yuy2_ajust, 7},
-        {"1X2_rgb32", strech_picture_1X2_yuy2_ajust_rgb32, 11},
-        {"1X2_rgb24", strech_picture_1X2_yuy2_ajust_rgb24, 11},
-        {"1X2_rgb16", strech_picture_1X2_yuy2_ajust_rgb16, 11},
-        {"2X2_yuy2", strech_picture_2X2_yuy2, 7},
-        {"2X2_yuy2_ajust", strech_picture_2X2_yuy2_ajust, 7},
-    };
-    set_adjust();
-    ajust_contrast_info s = settings();
-    Frame f(32, 16, 5);
-    for (const Case& c : cases) {
-        for (int32_t h : {c.highest_refused, 0, -4}) {
-            Buffer dst(4 * 32 * 4 * 32), untouched(4 * 32 * 4 * 32);
-            c.kernel(f.y.data(), f.u.data(), f.v.data(), dst.data(), 32, h, f.y.pitch, 128, &s);
-            EXPECT_TRUE(same_bytes(untouched, dst)) << c.name << " height " << h;
-        }
-    }
-}
-
 // The RGB stretchers equal the YUY2 loader's conversion of the plain YUY2 stretch of the
 // same frame, whose samples were adjusted beforehand.
 TEST(DoubleHeightRgb, EqualsConversionOfPlainStretch) {
@@ -166,53 +138,43 @@ TEST(DoubleHeightRgb, EqualsConversionOfPlainStretch) {
     }
 }
 
-// The 32-bit kernel rounds the width up to whole 16-pixel strips.
-TEST(DoubleHeightRgb, Rgb32RoundsWidthUpToStrips) {
-    set_adjust();
-    const int h = 12, dst_stride = 32 * 4;
-    Frame f(32, h, 21);
-    Buffer whole(size_t(dst_stride) * 2 * h), partial(size_t(dst_stride) * 2 * h);
-    strech_picture_1X2_yuy2_ajust_rgb32(f.y.data(), f.u.data(), f.v.data(), whole.data(), 32, h, f.y.pitch, dst_stride, nullptr);
-    strech_picture_1X2_yuy2_ajust_rgb32(f.y.data(), f.u.data(), f.v.data(), partial.data(), 17, h, f.y.pitch, dst_stride, nullptr);
-    EXPECT_TRUE(same_bytes(whole, partial));
-}
-
-}  // namespace
-}  // namespace dispconv::test
-
-namespace dispconv::test {
-namespace {
-
-// The RGB double-height kernels walk 16-pixel strips; a wide call must write exactly what its
-// strips write when each is called on its own, whatever the kernel groups together inside.
-TEST(DoubleHeightRgb, WideCallEqualsItsStripsOneByOne) {
-    using Kernel = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t, ajust_contrast_info*);
-    const struct {
-        Kernel kernel;
-        int bpp;
-    } kernels[] = {{strech_picture_1X2_yuy2_ajust_rgb32, 4}, {strech_picture_1X2_yuy2_ajust_rgb24, 3},
-                   {strech_picture_1X2_yuy2_ajust_rgb16, 2}};
+// The RGB double-height and the YUY2 double-size stretches walk 16-pixel strips, each top to
+// bottom: where destination rows overlap, the surface is each strip's rows laid down in that
+// order, the rows being those a call with rows apart writes.
+TEST(Stretch, OverlappingRowsAreWrittenStripByStrip) {
+    using Frame = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t, ajust_contrast_info*);
+    struct Case {
+        const char* name;
+        Frame frame;
+        void (*packed)(void*, void*, void*, void*, int32_t, int32_t, int32_t);
+        int width, height, row_bytes, strip_bytes;
+    } const cases[] = {
+        {"rgb32", strech_picture_1X2_yuy2_ajust_rgb32, nullptr, 48, 13, 48 * 4, 64},
+        {"rgb24", strech_picture_1X2_yuy2_ajust_rgb24, nullptr, 64, 12, 64 * 3, 48},
+        {"rgb16", strech_picture_1X2_yuy2_ajust_rgb16, nullptr, 32, 12, 32 * 2, 32},
+        {"yuy2 2x2", nullptr, yuy2_strech_picture_2X2_yuy2, 96, 17, 2 * 96, 64},
+    };
     set_adjust(80, 50, -6, 20, -20);
-    ajust_contrast_info layout{};
+    ajust_contrast_info layout = settings();
     layout.rgb16_layout = 2;
-    for (const auto& k : kernels)
-        for (const int width : {48, 720, 1040})
-            for (const int height : {12, 13})
-                for (const int pad : {0, 24, -1}) {
-                    const int stride = width + 32, row_bytes = width * k.bpp;
-                    const int pitch = pad < 0 ? row_bytes : row_bytes + pad;
-                    Buffer y = random_buffer(size_t(stride) * (height + 2), 7), u = random_buffer(size_t(stride) * (height + 2), 8),
-                           v = random_buffer(size_t(stride) * (height + 2), 9);
-                    Buffer whole(size_t(pitch) * (2 * height + 2)), strips = whole;
-                    // pad -1: bottom-up surface, last row first with a negative pitch.
-                    const ptrdiff_t start = pad < 0 ? ptrdiff_t(pitch) * (2 * height + 1) : 0;
-                    const int dst_stride = pad < 0 ? -pitch : pitch;
-                    k.kernel(y.data(), u.data(), v.data(), whole.data() + start, width, height, stride, dst_stride, &layout);
-                    for (int s = 0; s < width / 16; ++s)
-                        k.kernel(y.data() + 16 * s, u.data() + 8 * s, v.data() + 8 * s, strips.data() + start + 16 * s * k.bpp, 16,
-                                 height, stride, dst_stride, &layout);
-                    EXPECT_TRUE(same_bytes(strips, whole)) << k.bpp << " bytes per pixel, " << width << "x" << height << " pad " << pad;
-                }
+    for (const Case& c : cases) {
+        const Buffer y = random_buffer(size_t(c.width + 32) * (c.height + 4), 7), u = random_buffer(y.size(), 8),
+                     v = random_buffer(y.size(), 9);
+        auto run = [&](Buffer& dst, int stride) {
+            uint8_t* in = const_cast<uint8_t*>(y.data());
+            if (c.frame) c.frame(in, const_cast<uint8_t*>(u.data()), const_cast<uint8_t*>(v.data()), dst.data(), c.width, c.height, c.width + 32, stride, &layout);
+            else c.packed(in, nullptr, nullptr, dst.data(), c.width, c.height, stride);
+        };
+        const int rows = 2 * (c.height + 1), tight = c.row_bytes / 2 + 8;
+        Buffer apart(size_t(c.row_bytes) * rows), overlapping(size_t(tight) * rows + c.row_bytes), want = overlapping;
+        run(apart, c.row_bytes);
+        run(overlapping, tight);
+        for (int s = 0; s < c.row_bytes / c.strip_bytes; ++s)
+            for (int r = 0; r < rows && (c.packed || r < 2 * (c.height + (c.height & 1))); ++r)
+                std::copy_n(apart.data() + size_t(r) * c.row_bytes + s * c.strip_bytes, c.strip_bytes,
+                            want.data() + size_t(r) * tight + s * c.strip_bytes);
+        EXPECT_TRUE(same_bytes(want, overlapping)) << c.name;
+    }
 }
 
 }  // namespace

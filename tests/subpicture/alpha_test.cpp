@@ -59,59 +59,5 @@ TEST(Alpha, RoundTrips) {
     }
 }
 
-// Whole-buffer geometry: blocks rounded up per row, the opacity row step half of
-// (frame_stride - width) rounded down, the bitmap step from the nominal width, and the record.
-TEST(Alpha, RowGeometryAndRecord) {
-    struct Case {
-        const AlphaKernel& k;
-        int width, height, frame_stride, image_stride;
-    };
-    const Case cases[] = {
-        {load32, 20, 2, 20, 20 * 4},   // 32 pixels per row, next row 12 pixels on
-        {restore32, 20, 2, 20, 20 * 4},  // 24 levels per row
-        {load24, 16, 5, 48, 64},       // opacity rows 32 apart
-        {restore24, 16, 5, 48, 64},
-        {load16, 16, 3, 13, 40},       // (13 - 16) >> 1 = -2: opacity rows 14 apart
-        {restore16, 16, 3, 13, 40},
-        {restore32, 0, 2, 8, 0},       // width 0: one block per row
-        {load32, 16, 3, 16, 32},       // bitmap stride short of the row: first row only
-        {restore16, 16, 3, 16, 16},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.k.name << " width " << c.width << " frame_stride "
-                                          << c.frame_stride << " image_stride " << c.image_stride);
-        const int per_row = c.width <= c.k.block ? c.k.block : (c.width + c.k.block - 1) / c.k.block * c.k.block;
-        const ptrdiff_t opacity_row = per_row + ((c.frame_stride - c.width) >> 1);
-        const ptrdiff_t image_row = ptrdiff_t(per_row - c.width) * c.k.bpp + c.image_stride;
-        const int rows = c.image_stride < c.width * c.k.bpp ? 1 : c.height;
-        const size_t opacity_size = size_t(opacity_row * (c.height - 1) + per_row);
-        const size_t image_size = size_t(image_row * (c.height - 1) + per_row * c.k.bpp + 1);
-        Buffer opacity = random_buffer(opacity_size, 21), image = random_buffer(image_size, 22);
-        Buffer want_opacity = opacity, want_image = image;
-        for (int r = 0; r < rows; ++r) {
-            for (int i = 0; i < per_row; ++i) {
-                const size_t o = size_t(r * opacity_row + i), p = size_t(r * image_row + i * c.k.bpp);
-                if (c.k.loads) {
-                    want_image[p] = opacity[o];
-                    for (int b = 1; b < c.k.bpp; ++b) want_image[p + b] = 0;
-                } else {
-                    const uint8_t mask = c.k.bpp == 2 ? 0x1F : 0xFF;
-                    want_opacity[o] = image[p + (c.k.bpp == 3 ? 3 : 0)] & mask;
-                }
-            }
-        }
-        MIX_INFO info = alpha_record(opacity.data(), image.data(), c.width, c.height,
-                                     c.frame_stride, c.image_stride);
-        MIX_INFO want_info = info;
-        if (c.k.counts_height && rows == c.height) want_info.height = 0;
-        c.k.kernel(&info);
-        EXPECT_TRUE(same_bytes(want_opacity, opacity));
-        EXPECT_TRUE(same_bytes(want_image, image));
-        if (rows == c.height) {
-            EXPECT_EQ(0, std::memcmp(&want_info, &info, sizeof info));
-        }
-    }
-}
-
 }  // namespace
 }  // namespace dispconv::test

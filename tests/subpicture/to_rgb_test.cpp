@@ -119,31 +119,5 @@ TEST(SubpictureToRgb, EqualsFrameLoaderWhereOpaque) {
     }
 }
 
-// frame_stride 20: 32 pixels per row, each plane row right after the previous one's 32 bytes,
-// the bitmap's next row 12 pixels on; height 0 converts one row; the record is unchanged.
-TEST(SubpictureToRgb, RowGeometryAndRecord) {
-    for (const int height : {2, 0}) {
-        SCOPED_TRACE(::testing::Message() << "height " << height);
-        const int image_stride = 100;
-        Job job(32, 2, image_stride, 148 + 128);
-        std::memset(job.y.data(), 16, 32);        // row 0 black
-        std::memset(job.y.data() + 32, 235, 32);  // row 1 white
-        std::memset(job.u.data(), 128, 32);
-        std::memset(job.v.data(), 128, 32);
-        std::memset(job.opacity.data(), 16, 64);
-        job.info.frame_stride = 20;
-        job.info.height = height;
-        Buffer want = job.image;
-        for (int i = 0; i < 32; ++i) {
-            std::memcpy(&want[4 * i], "\0\0\0\0", 4);
-            if (height) std::memcpy(&want[148 + 4 * i], "\xFE\xFE\xFE\0", 4);
-        }
-        const MIX_INFO before = job.info;
-        load_subpicture_yuy2_rgb32(&job.info);
-        EXPECT_TRUE(same_bytes(want, job.image));
-        EXPECT_EQ(0, std::memcmp(&before, &job.info, sizeof before));
-    }
-}
-
 }  // namespace
 }  // namespace dispconv::test

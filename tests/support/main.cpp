@@ -1,6 +1,8 @@
 // The suite's main: `--isa=NAME` runs every test with the exported kernels on that instruction
-// set (CTest runs the suite once per set built), chosen through the public interface.
+// set (CTest runs the suite once per set built), chosen through the public interface;
+// `--seed=N` gives the cross check other inputs.
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "dispconv.hpp"
@@ -9,6 +11,7 @@
 int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
     for (int i = 1; i < argc; ++i) {
+        if (std::strncmp(argv[i], "--seed=", 7) == 0) dispconv::test::cross_seed = uint32_t(std::strtoul(argv[i] + 7, nullptr, 0));
         if (std::strncmp(argv[i], "--isa=", 6) != 0) continue;
         const char* wanted = argv[i] + 6;
         const dispconv::IsaName* found = nullptr;

@@ -4,12 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <array>
 #include <cstdio>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "dispconv.h"
+#include "support/catalogue.hpp"
 
 namespace dispconv::test {
 
@@ -17,6 +20,8 @@ inline constexpr uint8_t canary = 0xAA;
 
 // The instruction-set mask the suite runs under (main's --isa); tests that change it restore it.
 inline uint32_t suite_isa_mask = ~0u;
+// The cross check's base seed (main's --seed=N); a soak runs the suite with fresh ones.
+inline uint32_t cross_seed = 1;
 
 using FrameKernel = void(*) DISPCONV_FRAME_SIGNATURE;
 using MixKernel = void (*)(MIX_INFO*);
@@ -41,33 +46,6 @@ inline Buffer random_buffer(size_t size, uint32_t seed, size_t margin = 64) {
     std::mt19937 rng(seed);
     for (size_t i = 0; i < size; ++i) b[i] = static_cast<uint8_t>(rng());
     return b;
-}
-
-// Fast deterministic bytes for large buffers (xorshift64*).
-inline void fill_random(uint8_t* p, size_t n, uint32_t seed) {
-    uint64_t x = 0x9E3779B97F4A7C15ull ^ (uint64_t(seed) << 1 | 1);
-    for (size_t i = 0; i < n; i += 8) {
-        x ^= x >> 12, x ^= x << 25, x ^= x >> 27;
-        const uint64_t r = x * 0x2545F4914F6CDD1Dull;
-        for (size_t k = 0; k < 8 && i + k < n; ++k) p[i + k] = static_cast<uint8_t>(r >> (8 * k));
-    }
-}
-
-// Loads the adjust constants. Neutral: gains 64, offsets 0.
-inline ajust_contrast_info settings(int luma_gain = 64, int chroma_gain = 64, int luma_offset = 0,
-                                    int u_offset = 0, int v_offset = 0) {
-    ajust_contrast_info s{};
-    s.luma_gain = luma_gain;
-    s.chroma_gain = chroma_gain;
-    s.luma_offset = luma_offset;
-    s.u_offset = u_offset;
-    s.v_offset = v_offset;
-    return s;
-}
-inline void set_adjust(int luma_gain = 64, int chroma_gain = 64, int luma_offset = 0,
-                       int u_offset = 0, int v_offset = 0) {
-    ajust_contrast_info s = settings(luma_gain, chroma_gain, luma_offset, u_offset, v_offset);
-    get_contrast_data(&s);
 }
 
 // Compares two whole buffers; on a mismatch reports the first differing offset (relative to

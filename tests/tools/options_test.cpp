@@ -53,17 +53,13 @@ TEST(CommandLine, RejectsMistakesWithAReason) {
     };
     const Case cases[] = {
         {{"--colour"}, "unknown option '--colour'"},
-        {{"-x"}, "unknown option"},
         {{"-f", "rgb16"}, "unknown surface format 'rgb16'"},
         {{"-s", "3x3"}, "unknown stretch '3x3'"},
         {{"--interlaced=left"}, "top or bottom"},
         {{"--contrast", "5"}, "--contrast must lie between 0 and 4"},
         {{"--brightness", "bright"}, "--brightness needs a number"},
-        {{"--saturation", "nan"}, "--saturation needs a number"},
         {{"-n", "0"}, "--frames must lie between"},
-        {{"-n", "2.5"}, "--frames needs a whole number"},
         {{"--size", "0x10"}, "out of range"},
-        {{"--size", "20000x20"}, "out of range"},
         {{"--size", "big"}, "--size needs WIDTHxHEIGHT"},
         {{"-o"}, "needs a value"},
         {{"a.y4m", "b.y4m"}, "unexpected argument 'b.y4m'"},

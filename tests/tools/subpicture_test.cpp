@@ -32,14 +32,6 @@ TEST(SubPicture, PlacementIsCentredOrGivenAndCutToTheFrame) {
     }
 }
 
-TEST(SubPicture, OpacityLevelsRoundAlphaToSixteenths) {
-    EXPECT_EQ(opacity_level(0), 0);
-    EXPECT_EQ(opacity_level(7), 0);
-    EXPECT_EQ(opacity_level(8), 1);
-    EXPECT_EQ(opacity_level(128), 8);
-    EXPECT_EQ(opacity_level(255), 16);
-}
-
 TEST(SubPicture, PlanesHoldTheArtWhereItIsAndNothingElsewhere) {
     // 6x2 art on a 64x32 frame: white, half-transparent red, transparent, opaque blue, ...
     RgbaPicture art;

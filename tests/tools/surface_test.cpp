@@ -9,44 +9,6 @@
 namespace dispconv::tool::test {
 namespace {
 
-// Packs 8-bit R, G, B into a 16-bit word the way the kernels' layout table says.
-unsigned pack16(int layout, int r, int g, int b) {
-    switch (layout) {
-        case 0: return ((r & 0xF8) << 8) | ((g & 0xFC) << 3) | ((b & 0xF8) >> 3);
-        case 1: return ((r & 0xF8) << 8) | ((g & 0xF8) << 3) | ((b & 0xF8) >> 2);
-        case 2: return ((r & 0xFC) << 8) | ((g & 0xFC) << 2) | ((b & 0xF0) >> 4);
-        default: return ((r & 0xFC) << 8) | ((g & 0xF8) << 2) | ((b & 0xF8) >> 3);
-    }
-}
-
-TEST(SurfaceReader, SixteenBitLayoutsWidenToFullScaleAndRepackExactly) {
-    const SurfaceFormat formats[] = {SurfaceFormat::rgb565, SurfaceFormat::rgb555, SurfaceFormat::rgb664,
-                                     SurfaceFormat::rgb655};
-    const int colours[][3] = {{255, 255, 255}, {0, 0, 0}, {255, 0, 0}, {0, 255, 0}, {0, 0, 255},
-                              {200, 100, 50}, {17, 130, 244}, {128, 128, 128}};
-    for (SurfaceFormat f : formats) {
-        const int layout = format_info(f).rgb16_layout;
-        Surface surface(f, 64, 4);
-        for (size_t i = 0; i < std::size(colours); ++i) {
-            const unsigned word = pack16(layout, colours[i][0], colours[i][1], colours[i][2]);
-            surface.data()[2 * i] = static_cast<uint8_t>(word);
-            surface.data()[2 * i + 1] = static_cast<uint8_t>(word >> 8);
-        }
-        const RgbPicture rgb = surface_to_rgb(surface, static_cast<int>(std::size(colours)), 1);
-        for (size_t i = 0; i < std::size(colours); ++i) {
-            SCOPED_TRACE(std::string(format_info(f).name) + " colour " + std::to_string(i));
-            const uint8_t* p = &rgb.rgb[3 * i];
-            EXPECT_EQ(pack16(layout, p[0], p[1], p[2]), pack16(layout, colours[i][0], colours[i][1], colours[i][2]));
-            if (i == 0) {
-                EXPECT_TRUE(p[0] == 255 && p[1] == 255 && p[2] == 255) << "white must stay white";
-            }
-            if (i == 1) {
-                EXPECT_TRUE(p[0] == 0 && p[1] == 0 && p[2] == 0) << "black must stay black";
-            }
-        }
-    }
-}
-
 // Runs one frame through the plain loading path and reads the surface back.
 RgbPicture load_and_read(const PlanarPicture& picture, SurfaceFormat format) {
     const Geometry g = Geometry::for_size(picture.width, picture.height);
@@ -85,34 +47,6 @@ TEST(SurfaceReader, EveryFormatShowsThePictureTheRgb32KernelShows) {
             }
             EXPECT_LE(worst, c.tolerance) << "at pixel " << worst_at / 3 << " channel " << worst_at % 3;
         }
-    }
-}
-
-TEST(SurfaceReader, YuvSurfacesGiveBackThePlanesTheyHold) {
-    const PlanarPicture picture = test_picture(70, 46, Chroma::c420, 1);
-    const Geometry g = Geometry::for_size(70, 46);
-    SourceFrame frame(g, Chroma::c420);
-    frame.load(picture);
-    for (SurfaceFormat format : {SurfaceFormat::yv12, SurfaceFormat::yuy2}) {
-        SCOPED_TRACE(format_info(format).name);
-        Job job;
-        job.format = format;
-        Pipeline pipeline(job, g, Chroma::c420);
-        const PlanarPicture back = surface_to_planar(pipeline.run(frame, nullptr), 70, 46);
-        EXPECT_EQ(back.y, picture.y);
-        if (format == SurfaceFormat::yv12) {
-            EXPECT_EQ(back.chroma, Chroma::c420);
-            EXPECT_EQ(back.u, picture.u);
-            EXPECT_EQ(back.v, picture.v);
-            continue;
-        }
-        // YUY2 carries the 4:2:0 chroma row on both rows of its pair.
-        ASSERT_EQ(back.chroma, Chroma::c422);
-        for (int row = 0; row < 46; ++row)
-            for (int x = 0; x < 35; ++x) {
-                ASSERT_EQ(back.u[row * 35 + x], picture.u[(row / 2) * 35 + x]) << row << "," << x;
-                ASSERT_EQ(back.v[row * 35 + x], picture.v[(row / 2) * 35 + x]) << row << "," << x;
-            }
     }
 }
 
