@@ -32,11 +32,15 @@ void rgb_to_ayuy2(MIX_INFO* info) {
     // 0 blocks are 2^32, handed over as two halves).
     const auto row = [&](const uint8_t* s, uint8_t* ry, uint8_t* ru, uint8_t* rv) {
         if (blocks != 0) return V::template rgb_row_to_subpicture<Format>(s, blocks, info->color_key, ry, ru, rv);
-        constexpr uint32_t half = 1u << 31;
+        // Unsigned offsets: on 32-bit targets the second half starts where the address space
+        // wraps. The count is kept from the optimiser, which would otherwise reason about a
+        // loop of 2^31 steps from a constant.
+        uint32_t half = 1u << 31;
+        asm("" : "+r"(half));
         V::template rgb_row_to_subpicture<Format>(s, half, info->color_key, ry, ru, rv);
-        V::template rgb_row_to_subpicture<Format>(s + ptrdiff_t(half) * block * bpp, half, info->color_key,
-                                                  ry + ptrdiff_t(half) * block, ru + ptrdiff_t(half) * (block / 2),
-                                                  rv + ptrdiff_t(half) * (block / 2));
+        V::template rgb_row_to_subpicture<Format>(s + size_t(half) * block * bpp, half, info->color_key,
+                                                  ry + size_t(half) * block, ru + size_t(half) * (block / 2),
+                                                  rv + size_t(half) * (block / 2));
     };
     uint32_t rows = static_cast<uint32_t>(info->height);
     do {
