@@ -23,6 +23,17 @@ constexpr LaneTable lane_table(F byte_at) {
     for (int i = 0; i < 16; ++i) t.bytes[i] = static_cast<int8_t>(byte_at(i));
     return t;
 }
+// A lane table repeated over a vector of W bytes.
+template <int W>
+struct WideTable {
+    alignas(W) int8_t bytes[W];
+};
+template <int W>
+constexpr WideTable<W> widen(const LaneTable& t) {
+    WideTable<W> w{};
+    for (int i = 0; i < W; ++i) w.bytes[i] = t.bytes[i % 16];
+    return w;
+}
 
 }  // namespace
 }  // namespace dispconv::simd

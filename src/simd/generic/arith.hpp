@@ -137,7 +137,7 @@ DISPCONV_VECTOR_INLINE Rgb24Parts<V> pack_rgb24(const RgbVec<V>& c) {
             static constexpr LaneTable b = lane_table([](int i) { return (first + i) % 3 == 0 ? (first + i) / 3 : -1; });
             static constexpr LaneTable g = lane_table([](int i) { return (first + i) % 3 == 1 ? (first + i) / 3 : -1; });
             static constexpr LaneTable r = lane_table([](int i) { return (first + i) % 3 == 2 ? (first + i) / 3 : -1; });
-            return shuffle_u8(c.b, V::table(b)) | shuffle_u8(c.g, V::table(g)) | shuffle_u8(c.r, V::table(r));
+            return shuffle_u8(c.b, V::template table<b>()) | shuffle_u8(c.g, V::template table<g>()) | shuffle_u8(c.r, V::template table<r>());
         };
         return {part(std::integral_constant<int, 0>{}), part(std::integral_constant<int, 1>{}),
                 part(std::integral_constant<int, 2>{})};

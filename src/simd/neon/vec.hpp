@@ -31,7 +31,8 @@ struct Vec<16> {
     static Vec set1_i16(int16_t x) { return {vreinterpretq_u8_s16(vdupq_n_s16(x))}; }
     static Vec set1_i32(int32_t x) { return {vreinterpretq_u8_s32(vdupq_n_s32(x))}; }
     static Vec set1_i64(int64_t x) { return {vreinterpretq_u8_s64(vdupq_n_s64(x))}; }
-    static Vec table(const LaneTable& t) { return load(t.bytes); }
+    template <const LaneTable& t>
+    static Vec table() { return load(t.bytes); }
     static Vec load_half(const void* p) { return {vcombine_u8(vld1_u8(static_cast<const uint8_t*>(p)), vdup_n_u8(0))}; }
     template <int G>
     static Vec load_half_dealt(const void* p) { return load_half(p); }

@@ -69,8 +69,8 @@ struct VectorLoad : PortableLoad {
                 // Each pixel's U (bytes 1, 5, 9, 13 of each lane) and V (3, 7, 11, 15) as words.
                 static constexpr LaneTable us = lane_table([](int k) { return k & 1 ? -1 : 1 + 4 * (k / 4); });
                 static constexpr LaneTable vs = lane_table([](int k) { return k & 1 ? -1 : 3 + 4 * (k / 4); });
-                c = pixel_chroma_terms<Adjust>(shuffle_u8(a0, W::table(us)), shuffle_u8(b0, W::table(us)),
-                                               shuffle_u8(a0, W::table(vs)), shuffle_u8(b0, W::table(vs)), l);
+                c = pixel_chroma_terms<Adjust>(shuffle_u8(a0, W::template table<us>()), shuffle_u8(b0, W::template table<us>()),
+                                               shuffle_u8(a0, W::template table<vs>()), shuffle_u8(b0, W::template table<vs>()), l);
             } else {
                 Yuy2Planes<W> p = split_yuy2(a0, b0);
                 if constexpr (Adjust::enabled)

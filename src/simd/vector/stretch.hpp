@@ -26,8 +26,8 @@ template <class V, class Step, class Last>
 template <bool half, class W>
 DISPCONV_VECTOR_INLINE W moved_down(W s, W top) {
     static constexpr LaneTable last = lane_table([](int i) { return i == 15 || (half && i == 7) ? -1 : 0; });
-    if constexpr (half) return srli_i64<8>(s) | (top & W::table(last));
-    else return bsrli<1>(s) | (top & W::table(last));
+    if constexpr (half) return srli_i64<8>(s) | (top & W::template table<last>());
+    else return bsrli<1>(s) | (top & W::template table<last>());
 }
 
 // Lane by lane: bytes n .. n + 15 of lo followed by hi.
@@ -80,8 +80,8 @@ DISPCONV_VECTOR_INLINE void doubled_yuy2_pairs(W s, W s2, W s4, W& first, W& sec
     W lo, hi;
     if constexpr (has_byte_shuffle) {
         static constexpr LaneTable swap24 = lane_table([](int i) { return i % 8 == 2 ? i + 2 : i % 8 == 4 ? i - 2 : i; });
-        lo = shuffle_u8(unpacklo_u32(s, m), W::table(swap24));
-        hi = shuffle_u8(unpackhi_u32(s, m), W::table(swap24));
+        lo = shuffle_u8(unpacklo_u32(s, m), W::template table<swap24>());
+        hi = shuffle_u8(unpackhi_u32(s, m), W::template table<swap24>());
     } else {
         // Per pair, the first doubled pair is S with M's byte 0 at byte 2, the second M with
         // S's byte 2 at byte 0.
@@ -379,7 +379,7 @@ private:
             W d[3][2];
             for (int k = 0; k < 3; ++k) {
                 const W s = load(src[k] + i);
-                doubled_yuy2_pairs(s, bsrli<2>(s) | (s & W::table(luma)), bsrli<4>(s) | (s & W::table(chroma)), d[k][0], d[k][1]);
+                doubled_yuy2_pairs(s, bsrli<2>(s) | (s & W::template table<luma>()), bsrli<4>(s) | (s & W::template table<chroma>()), d[k][0], d[k][1]);
             }
             store(i, d);
         }

@@ -39,15 +39,15 @@ template <class V>
 DISPCONV_VECTOR_INLINE V widen_rgb24(V p) {
     if constexpr (has_byte_shuffle) {
         static constexpr LaneTable t = lane_table([](int i) { return i % 4 == 3 ? -1 : i / 4 * 3 + i % 4; });
-        return shuffle_u8(p, V::table(t));
+        return shuffle_u8(p, V::template table<t>());
     } else {
         // Pixel j's three bytes moved up j bytes, each masked to its word.
         static constexpr LaneTable w0 = lane_table([](int i) { return i < 3 ? -1 : 0; });
         static constexpr LaneTable w1 = lane_table([](int i) { return i >= 4 && i < 7 ? -1 : 0; });
         static constexpr LaneTable w2 = lane_table([](int i) { return i >= 8 && i < 11 ? -1 : 0; });
         static constexpr LaneTable w3 = lane_table([](int i) { return i >= 12 && i < 15 ? -1 : 0; });
-        return (p & V::table(w0)) | (bslli<1>(p) & V::table(w1)) | (bslli<2>(p) & V::table(w2)) |
-               (bslli<3>(p) & V::table(w3));
+        return (p & V::template table<w0>()) | (bslli<1>(p) & V::template table<w1>()) | (bslli<2>(p) & V::template table<w2>()) |
+               (bslli<3>(p) & V::template table<w3>());
     }
 }
 
@@ -88,7 +88,7 @@ template <class V>
 DISPCONV_VECTOR_INLINE V third_bytes(V p) {
     if constexpr (has_byte_shuffle) {
         static constexpr LaneTable t = lane_table([](int i) { return i % 4 == 0 ? i / 4 * 3 + 2 : -1; });
-        return shuffle_u8(p, V::table(t));
+        return shuffle_u8(p, V::template table<t>());
     } else {
         return srli_i32<16>(widen_rgb24(p) & V::set1_i32(0x00FF0000));
     }

@@ -51,8 +51,13 @@ constexpr int pixel_chroma_index(int G, int lanes, int lane, int half, int w) {
         static Vec set1_i16(int16_t x) { return {P##set1_epi16(x)}; }                                   \
         static Vec set1_i32(int32_t x) { return {P##set1_epi32(x)}; }                                   \
         static Vec set1_i64(int64_t x);                                                                 \
-        /* The 16 bytes of a lane table in every lane. */                                              \
-        static Vec table(const LaneTable& t);                                                           \
+        /* The 16 bytes of a lane table in every lane, as one constant of the full width: a load */     \
+        /* the shuffles and masks take as their memory operand rather than a register each. */          \
+        template <const LaneTable& t>                                                                   \
+        static Vec table() {                                                                            \
+            static constexpr WideTable<W> wide = widen<W>(t);                                           \
+            return load(wide.bytes);                                                                    \
+        }                                                                                               \
         /* The half-width run that goes with a full vector (chroma beside luma): lane k takes bytes  */ \
         /* 8k .. 8k + 7 in its low half; the high half is unspecified. */                               \
         static Vec load_half(const void* p);                                                            \
@@ -165,7 +170,6 @@ inline uint64_t movemask_u8(Vec<64> a) { return _mm512_movepi8_mask(a.r); }
 #undef DISPCONV_X86_VEC
 #undef DISPCONV_X86_VEC_COMPARES
 
-inline Vec<16> Vec<16>::table(const LaneTable& t) { return load(t.bytes); }
 inline Vec<16> Vec<16>::load_half(const void* p) { return {_mm_loadl_epi64(static_cast<const __m128i*>(p))}; }
 
 // The high 16 bits of (a << n) * k, where a << n fits in 16 bits: the form of every fixed-point
@@ -203,7 +207,7 @@ inline void Vec<16>::load_pixel_chroma(const void* p, Vec<16>& lo, Vec<16>& hi) 
 #if defined(__SSSE3__)
     static constexpr LaneTable first = lane_table([](int i) { return i & 1 ? -1 : pixel_chroma_index(G, 1, 0, 0, i / 2); });
     static constexpr LaneTable second = lane_table([](int i) { return i & 1 ? -1 : pixel_chroma_index(G, 1, 0, 1, i / 2); });
-    lo = {_mm_shuffle_epi8(c.r, table(first).r)}, hi = {_mm_shuffle_epi8(c.r, table(second).r)};
+    lo = {_mm_shuffle_epi8(c.r, table<first>().r)}, hi = {_mm_shuffle_epi8(c.r, table<second>().r)};
 #else
     const __m128i pairs = _mm_unpacklo_epi8(c.r, c.r);
     lo = {_mm_unpacklo_epi8(pairs, _mm_setzero_si128())}, hi = {_mm_unpackhi_epi8(pairs, _mm_setzero_si128())};
@@ -236,9 +240,6 @@ inline void deal_pair(Vec<16> a, Vec<16> b, Vec<16>& lo, Vec<16>& hi) { lo = a, 
 inline void interleave_lanes(Vec<16> lo, Vec<16> hi, Vec<16>& first, Vec<16>& second) { first = lo, second = hi; }
 
 #if defined(__AVX2__)
-inline Vec<32> Vec<32>::table(const LaneTable& t) {
-    return {_mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(t.bytes)))};
-}
 inline Vec<32> Vec<32>::load_half(const void* p) {
     return {_mm256_permute4x64_epi64(_mm256_castsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(p))), 0x50)};
 }
@@ -313,9 +314,6 @@ inline void store_low_halves(uint8_t* d, Vec<32> v) {
 #if defined(__AVX512BW__)
 // 512 bits: four lanes; the deals and block stores are single permutes where AVX2 needs one
 // per pair of lanes.
-inline Vec<64> Vec<64>::table(const LaneTable& t) {
-    return {_mm512_broadcast_i32x4(_mm_load_si128(reinterpret_cast<const __m128i*>(t.bytes)))};
-}
 inline Vec<64> Vec<64>::load_half(const void* p) {
     return {_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 0, 1, 1, 2, 2, 3, 3),
                                      _mm512_castsi256_si512(_mm256_loadu_si256(static_cast<const __m256i*>(p))))};
