@@ -100,50 +100,31 @@ inline V16 madd_i16(V16 a, V16 b) {
 inline V16 add_i32(V16 a, V16 b) { return of(vaddq_s32(s32(a), s32(b))); }
 inline V16 cmpeq_i32(V16 a, V16 b) { return of(vceqq_s32(s32(a), s32(b))); }
 
-// Shifts by immediates; a count of the element width or more gives what the x86 forms give.
-template <int n>
-inline V16 slli_i16(V16 a) {
-    if constexpr (n >= 16) return V16::zero();
-    else return of(vshlq_n_u16(u16(a), n));
-}
-template <int n>
-inline V16 srli_i16(V16 a) {
-    if constexpr (n == 0) return a;
-    else if constexpr (n >= 16) return V16::zero();
-    else return of(vshrq_n_u16(u16(a), n));
-}
-template <int n>
-inline V16 srai_i16(V16 a) {
-    if constexpr (n == 0) return a;
-    else return of(vshrq_n_s16(s16(a), n < 16 ? n : 15));
-}
-template <int n>
-inline V16 slli_i32(V16 a) {
-    if constexpr (n >= 32) return V16::zero();
-    else return of(vshlq_n_u32(u32(a), n));
-}
-template <int n>
-inline V16 srli_i32(V16 a) {
-    if constexpr (n == 0) return a;
-    else if constexpr (n >= 32) return V16::zero();
-    else return of(vshrq_n_u32(u32(a), n));
-}
-template <int n>
-inline V16 srai_i32(V16 a) {
-    if constexpr (n == 0) return a;
-    else return of(vshrq_n_s32(s32(a), n < 32 ? n : 31));
-}
-template <int n>
-inline V16 slli_i64(V16 a) {
-    if constexpr (n >= 64) return V16::zero();
-    else return of(vshlq_n_u64(u64(a), n));
-}
-template <int n>
-inline V16 srli_i64(V16 a) {
-    if constexpr (n == 0) return a;
-    else if constexpr (n >= 64) return V16::zero();
-    else return of(vshrq_n_u64(u64(a), n));
-}
+// Shifts by immediates, one body per element width; a count of the width or more gives what the
+// x86 forms give (zero, or the sign for arithmetic shifts).
+#define DISPCONV_NEON_SHIFTS(bits, u, as_u, s, as_s)                                           \
+    template <int n>                                                                          \
+    inline V16 slli_i##bits(V16 a) {                                                          \
+        if constexpr (n >= bits) return V16::zero();                                          \
+        else return of(vshlq_n_##u(as_u(a), n));                                              \
+    }                                                                                         \
+    template <int n>                                                                          \
+    inline V16 srli_i##bits(V16 a) {                                                          \
+        if constexpr (n == 0) return a;                                                       \
+        else if constexpr (n >= bits) return V16::zero();                                     \
+        else return of(vshrq_n_##u(as_u(a), n));                                              \
+    }                                                                                         \
+    template <int n>                                                                          \
+    inline V16 srai_i##bits(V16 a) {                                                          \
+        if constexpr (n == 0) return a;                                                       \
+        else return of(vshrq_n_##s(as_s(a), n < bits ? n : bits - 1));                       \
+    }
+inline int64x2_t s64(V16 a) { return vreinterpretq_s64_u8(a.r); }
+inline V16 of(int64x2_t x) { return {vreinterpretq_u8_s64(x)}; }
+DISPCONV_NEON_SHIFTS(16, u16, u16, s16, s16)
+DISPCONV_NEON_SHIFTS(32, u32, u32, s32, s32)
+DISPCONV_NEON_SHIFTS(64, u64, u64, s64, s64)
+#undef DISPCONV_NEON_SHIFTS
 inline V16 sll_i16(V16 a, int n) { return n > 15 ? V16::zero() : of(vshlq_u16(u16(a), vdupq_n_s16(int16_t(n)))); }
 inline V16 srl_i16(V16 a, int n) { return n > 15 ? V16::zero() : of(vshlq_u16(u16(a), vdupq_n_s16(int16_t(-n)))); }
 template <int n>
