@@ -4,6 +4,9 @@
 // Composites over vectors are always inlined: one left out of line passes and returns its
 // vectors through memory, which costs far more than its few instructions.
 #define DISPCONV_VECTOR_INLINE [[gnu::always_inline]] inline
+// The same for the step lambdas handed to the tails helpers, which the compiler otherwise
+// leaves out of line when they are large, paying a call and every constant each vector.
+#define DISPCONV_VECTOR_STEP __attribute__((always_inline))
 
 #include <cstdint>
 

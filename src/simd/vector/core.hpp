@@ -68,20 +68,20 @@ struct VectorCore : PortableCore {
     static void adjust(const uint8_t* src, uint8_t* dst, int n, int16_t gain, int16_t offset) {
         for_bytes<V>(
             n,
-            [=]<class W>(int i) { W::store(dst + i, adjust_bytes(W::load(src + i), W::set1_i16(gain), W::set1_i16(offset))); },
+            [=]<class W>(int i) DISPCONV_VECTOR_STEP { W::store(dst + i, adjust_bytes(W::load(src + i), W::set1_i16(gain), W::set1_i16(offset))); },
             [&](int i) { PortableCore::adjust(src + i, dst + i, n - i, gain, offset); });
     }
 
     static void average(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n) {
         for_bytes<V>(
-            n, [=]<class W>(int i) { W::store(dst + i, average_u8(W::load(a + i), W::load(b + i))); },
+            n, [=]<class W>(int i) DISPCONV_VECTOR_STEP { W::store(dst + i, average_u8(W::load(a + i), W::load(b + i))); },
             [&](int i) { PortableCore::average(a + i, b + i, dst + i, n - i); });
     }
 
     static void split_yuy2(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int pixels) {
         for_bytes<V>(
             pixels,
-            [=]<class W>(int p) {
+            [=]<class W>(int p) DISPCONV_VECTOR_STEP {
                 W first, second;
                 deal_pair<32>(W::load(src + 2 * p), W::load(src + 2 * p + W::bytes), first, second);
                 const Yuy2Planes<W> s = simd::split_yuy2(first, second);
@@ -93,7 +93,7 @@ struct VectorCore : PortableCore {
     static void join_yuy2(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst, int pixels) {
         for_bytes<V>(
             pixels,
-            [=]<class W>(int p) {
+            [=]<class W>(int p) DISPCONV_VECTOR_STEP {
                 W first, second;
                 simd::join_yuy2(W::load(y + p), W::load_half(u + p / 2), W::load_half(v + p / 2), first, second);
                 store_block_pairs(dst + 2 * p, first, second);
@@ -107,7 +107,7 @@ struct VectorCore : PortableCore {
         constexpr int bpp = Format::bytes_per_pixel;
         for_bytes<V>(
             pixels,
-            [=]<class W>(int p) {
+            [=]<class W>(int p) DISPCONV_VECTOR_STEP {
                 const AdjustVec<W> none{};
                 store_planar_rgb<Format, Plain>(dst + p * bpp, y + p, planar_chroma_terms<Format, Plain>(u + p / 2, v + p / 2, none),
                                                 none, rgb16_vec<W>(layout));

@@ -22,7 +22,7 @@ struct VectorLoad : PortableLoad {
     template <class Adjust>
     static void yuy2_row_to_yuy2(const uint8_t* luma, const uint8_t* chroma, uint8_t* d, uint32_t units,
                                  const AdjustConstants& a) {
-        for_blocks<V>(units, [=]<class W>(uint32_t i) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
             const W c = W::load(chroma + 16 * i), y = W::load(luma + 16 * i), m = low_bytes_mask<W>();
             if constexpr (Adjust::enabled) {
                 const AdjustVec<W> l = adjust_vec<W>(a);
@@ -42,7 +42,7 @@ struct VectorLoad : PortableLoad {
                                    uint8_t* d0, uint8_t* d1, uint32_t units, const AdjustConstants& a,
                                    const Rgb16Layout& layout) {
         constexpr ptrdiff_t step = 16 * Format::bytes_per_pixel;
-        for_blocks<V>(units, [=]<class W>(uint32_t i) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
             const AdjustVec<W> l = adjust_vec<W>(a);
             const Rgb16Vec<W> lanes = rgb16_vec<W>(layout);
             const ChromaVec<W> c = planar_chroma_terms<Format, Adjust, W>(u + 8 * i, v + 8 * i, l);
@@ -57,7 +57,7 @@ struct VectorLoad : PortableLoad {
                                  const AdjustConstants& a, const Rgb16Layout& layout) {
         constexpr ptrdiff_t step = 16 * Format::bytes_per_pixel;
         constexpr int g = 2 * pixel_group<Format>;  // bytes of packed pixels per dealt group
-        for_blocks<V>(units, [=]<class W>(uint32_t i) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
             const AdjustVec<W> l = adjust_vec<W>(a);
             const Rgb16Vec<W> lanes = rgb16_vec<W>(layout);
             const W m = low_bytes_mask<W>();
@@ -86,13 +86,13 @@ struct VectorLoad : PortableLoad {
     // first 8 bytes of every unit are deliberately left unwritten.
     static void planar_pair_to_yuy2_gapped(const uint8_t* y0, const uint8_t* y1, const uint8_t* u, const uint8_t* v,
                                            uint8_t* d0, uint8_t* d1, uint32_t units) {
-        for_blocks<V>(units, [=]<class W>(uint32_t i) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
             const W uu = W::load_half(u + 8 * i), vv = W::load_half(v + 8 * i);
             W first, second;
             join_yuy2(W::load(y0 + 16 * i), uu, vv, first, second);
             store_block_pairs(d0 + 32 * i, first, second);
             join_yuy2(W::load(y1 + 16 * i), uu, vv, first, second);
-            for_lanes<W>([&]<int k>() {
+            for_lanes<W>([&]<int k>() DISPCONV_VECTOR_STEP {
                 uint8_t* block = d1 + 32 * (i + k);
                 store_low_halves(block + 8, bsrli<8>(lane<k>(first)));
                 Vec<16>::store(block + 16, lane<k>(second));
@@ -103,7 +103,7 @@ struct VectorLoad : PortableLoad {
     // One planar row to YUY2, every sample adjusted: 16 pixels a unit.
     static void planar_row_to_yuy2_adjusted(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* d,
                                             uint32_t units, const AdjustConstants& a) {
-        for_blocks<V>(units, [=]<class W>(uint32_t i) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
             const AdjustVec<W> l = adjust_vec<W>(a);
             W first, second;
             join_yuy2(adjust_bytes(W::load(y + 16 * i), l.luma_gain, l.luma_offset),
@@ -115,7 +115,7 @@ struct VectorLoad : PortableLoad {
 
     // One luma row to YUY2 with adjusted luma and every chroma byte 128: 16 pixels a unit.
     static void luma_row_to_grey_yuy2(const uint8_t* y, uint8_t* d, uint32_t units, const AdjustConstants& a) {
-        for_blocks<V>(units, [=]<class W>(uint32_t i) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
             const AdjustVec<W> l = adjust_vec<W>(a);
             const W ya = adjust_bytes(W::load(y + 16 * i), l.luma_gain, l.luma_offset), grey = W::set1_u8(128);
             store_block_pairs(d + 32 * i, unpacklo_u8(ya, grey), unpackhi_u8(ya, grey));
@@ -126,7 +126,7 @@ struct VectorLoad : PortableLoad {
     // reads 16 pixels and writes 8.
     static void planar_row_to_half_yuy2(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* d,
                                         uint32_t units, const AdjustConstants& a) {
-        for_blocks<V>(units, [=]<class W>(uint32_t i) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
             const AdjustVec<W> l = adjust_vec<W>(a);
             const W z = W::zero();
             const W ya = packus_i16(adjust_words(pair_averages(W::load(y + 16 * i)), l.luma_gain, l.luma_offset), z);
@@ -159,7 +159,7 @@ struct VectorLoad : PortableLoad {
     static void from_pairs(const uint8_t* src, uint8_t* dst, int out_count, Words words, Rest rest) {
         for_bytes<V>(
             out_count,
-            [=]<class W>(int i) {
+            [=]<class W>(int i) DISPCONV_VECTOR_STEP {
                 W::store(dst + i, undeal<8>(packus_i16(words(W::load(src + 2 * i)), words(W::load(src + 2 * i + W::bytes)))));
             },
             [&](int i) {

@@ -88,7 +88,7 @@ struct VectorMix {
     static void mix_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, Store&& store) {
         const MixRow s = row;  // copies the stores cannot alias: the constants stay in registers
         const AdjustConstants k = a;
-        for_blocks<V>(blocks, [&]<class W>(uint32_t i) {
+        for_blocks<V>(blocks, [&]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
             const ptrdiff_t at = ptrdiff_t(i) * block;
             store(at, mix_adjust_blocks<PairAverage>(s, at, adjust_vec<W>(k)));
         });
@@ -96,7 +96,7 @@ struct VectorMix {
 
     // One row into YUY2, odd-pixel chroma weights.
     static void mix_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
-        mix_run<false>(row, blocks, a, [dst]<class W>(ptrdiff_t at, const MixedBlocks<W>& m) {
+        mix_run<false>(row, blocks, a, [dst]<class W>(ptrdiff_t at, const MixedBlocks<W>& m) DISPCONV_VECTOR_STEP {
             W first, second;
             join_yuy2(m.y, m.u, m.v, first, second);
             store_block_pairs(dst + 2 * at, first, second);
@@ -108,7 +108,7 @@ struct VectorMix {
     static void mix_rgb_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, const Rgb16Layout& layout,
                             uint8_t* dst) {
         const Rgb16Layout lay = layout;
-        mix_run<PairAverage>(row, blocks, a, [dst, &lay]<class W>(ptrdiff_t at, const MixedBlocks<W>& m) {
+        mix_run<PairAverage>(row, blocks, a, [dst, &lay]<class W>(ptrdiff_t at, const MixedBlocks<W>& m) DISPCONV_VECTOR_STEP {
             store_rgb_blocks<Format>(dst + at * Format::bytes_per_pixel, luma_to_rgb(m.y, chroma_words(m.u, m.v)),
                                      rgb16_vec<W>(lay));
         });
@@ -119,7 +119,7 @@ struct VectorMix {
         const MixRow s = row;
         const AdjustConstants k = a;
         Vec<16>::store(dst, mix_half_blocks<true>(s, 0, adjust_vec<Vec<16>>(k)));
-        for_blocks<V>(blocks, [&]<class W>(uint32_t i) {
+        for_blocks<V>(blocks, [&]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
             const ptrdiff_t at = ptrdiff_t(i) * block;
             W::store(dst + at, mix_half_blocks<false>(s, at, adjust_vec<W>(k)));
         }, 1);
@@ -149,7 +149,7 @@ struct VectorMix {
             return Adjust::enabled ? adjust_bytes(m, W::set1_i16(gain), W::set1_i16(offset)) : m;
         };
         const int n = int(samples);
-        for_bytes<V>(n, [&]<class W>(int i) { W::store(out + i, mixed.template operator()<W, false>(i)); }, [&](int i) {
+        for_bytes<V>(n, [&]<class W>(int i) DISPCONV_VECTOR_STEP { W::store(out + i, mixed.template operator()<W, false>(i)); }, [&](int i) {
             if (n - i >= 8) store_low_halves(out + i, mixed.template operator()<Vec<16>, true>(i)), i += 8;
             if (i < n)
                 PortableMix::mix_plane_row<Adjust, Chroma>(frame + i, frame_below ? frame_below + i : nullptr, sub + i,

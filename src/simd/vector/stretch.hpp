@@ -162,7 +162,7 @@ struct VectorStretch : PortableStretch {
                                 const AdjustConstants& a, const Rgb16Layout& layout) {
         using namespace stretch_steps;
         constexpr int bpp = Format::bytes_per_pixel, group = pixel_group<Format>;
-        for_blocks<V>(uint32_t(pixels) / 16, [=]<class W>(uint32_t block) {
+        for_blocks<V>(uint32_t(pixels) / 16, [=]<class W>(uint32_t block) DISPCONV_VECTOR_STEP {
             const int i = 16 * int(block);
             const AdjustVec<W> l = adjust_vec<W>(a);
             const Rgb16Vec<W> lanes = rgb16_vec<W>(layout);
@@ -183,7 +183,7 @@ struct VectorStretch : PortableStretch {
     }
 
     static void filter4(const uint8_t* a, const uint8_t* b, const uint8_t* c, const uint8_t* d, uint8_t* dst, int n) {
-        auto step = [=]<class W>(int i) {
+        auto step = [=]<class W>(int i) DISPCONV_VECTOR_STEP {
             W::store(dst + i, filter4_bytes(W::load(a + i), W::load(b + i), W::load(c + i), W::load(d + i)));
         };
         for_bytes<V>(n, step, [&](int i) {
@@ -202,7 +202,7 @@ struct VectorStretch : PortableStretch {
     static void double_run(const uint8_t* src, uint8_t next, uint8_t* dst, int n) {
         using namespace stretch_steps;
         for_bytes_then_last<V>(
-            n, [=]<class W>(int i) { store_doubled(dst + 2 * i, doubled_at<W>(src + i)); },
+            n, [=]<class W>(int i) DISPCONV_VECTOR_STEP { store_doubled(dst + 2 * i, doubled_at<W>(src + i)); },
             [&](int i) {
                 using H = Vec<16>;
                 const H after = H::set1_u8(next);
@@ -219,7 +219,7 @@ struct VectorStretch : PortableStretch {
     }
 
     static void average_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {
-        auto step = [=]<class W>(int i) {
+        auto step = [=]<class W>(int i) DISPCONV_VECTOR_STEP {
             W::store(dst + i, adjust_bytes(average_u8(W::load(a + i), W::load(b + i)), W::set1_i16(gain), W::set1_i16(offset)));
         };
         for_bytes<V>(n, step, [&](int i) { PortableStretch::average_adjust(a + i, b + i, dst + i, n - i, gain, offset); });
@@ -227,7 +227,7 @@ struct VectorStretch : PortableStretch {
 
     static void double_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {
         using namespace stretch_steps;
-        auto step = [=]<class W>(int i) {
+        auto step = [=]<class W>(int i) DISPCONV_VECTOR_STEP {
             const W g = W::set1_i16(gain), o = W::set1_i16(offset);
             store_doubled(dst + 2 * i, average(doubled_at<W>(a + i), doubled_at<W>(b + i)),
                           [&](W v) { return adjust_bytes(v, g, o); });
@@ -238,7 +238,7 @@ struct VectorStretch : PortableStretch {
     // `pixels` a multiple of 16; the pixels dealt by 8 so that each interleave is a run.
     static void join_yuy2_averaged(const uint8_t* y0, const uint8_t* y1, const uint8_t* u0, const uint8_t* u1,
                                    const uint8_t* v0, const uint8_t* v1, uint8_t* dst, int pixels) {
-        for_blocks<V>(uint32_t(pixels) / 16, [=]<class W>(uint32_t block) {
+        for_blocks<V>(uint32_t(pixels) / 16, [=]<class W>(uint32_t block) DISPCONV_VECTOR_STEP {
             const int p = 16 * int(block);
             auto chroma = [&](const uint8_t* c0, const uint8_t* c1) {
                 return average_u8(W::template load_half_dealt<8>(c0 + p / 2), W::template load_half_dealt<8>(c1 + p / 2));
@@ -255,7 +255,7 @@ struct VectorStretch : PortableStretch {
                                      const uint8_t* v0, const uint8_t* v1, uint8_t* dst, uint32_t blocks,
                                      const AdjustConstants& a) {
         const uint8_t* const rows[6] = {y0, y1, u0, u1, v0, v1};
-        for_blocks<V>(blocks - 1, [=]<class W>(uint32_t i) { double_size_blocks<W, adjusted, false>(rows, i, dst, a); });
+        for_blocks<V>(blocks - 1, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP { double_size_blocks<W, adjusted, false>(rows, i, dst, a); });
         double_size_blocks<Vec<16>, adjusted, true>(rows, blocks - 1, dst, a);
     }
 
@@ -271,7 +271,7 @@ struct VectorStretch : PortableStretch {
     // follows, and the row's last block is doubled with its edge repeated.
     static void double_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between, int n) {
         using namespace stretch_steps;
-        auto step = [=]<class W>(int i) {
+        auto step = [=]<class W>(int i) DISPCONV_VECTOR_STEP {
             const Doubled<W> x = doubled_at<W>(above + i);
             store_doubled(copy + 2 * i, x);
             store_doubled(between + 2 * i, average(x, doubled_at<W>(below + i)));
@@ -286,7 +286,7 @@ struct VectorStretch : PortableStretch {
         double_run(above, above[n - 1], copy, n);
         double_run(below, below[n - 1], h, n);
         // At most 32 bytes: 128-bit steps.
-        for_bytes<Vec<16>>(2 * n, [=]<class W>(int i) { W::store(between + i, average_u8(W::load(copy + i), W::load(h + i))); },
+        for_bytes<Vec<16>>(2 * n, [=]<class W>(int i) DISPCONV_VECTOR_STEP { W::store(between + i, average_u8(W::load(copy + i), W::load(h + i))); },
                      [&](int i) { PortableCore::average(copy + i, h + i, between + i, 2 * n - i); });
     }
 
@@ -296,7 +296,7 @@ struct VectorStretch : PortableStretch {
     static void edge_interpolate(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n) {
         using namespace stretch_steps;
         const uint32_t eights = n > 0 ? uint32_t(n) / 8 : 0;
-        for_blocks<V>(eights, [=]<class W>(uint32_t k) {
+        for_blocks<V>(eights, [=]<class W>(uint32_t k) DISPCONV_VECTOR_STEP {
             const int x = 8 * int(k);
             const Around<W> ra{load_staggered<W>(a + x - 4), load_staggered<W>(a + x)};
             const Around<W> rb{load_staggered<W>(b + x - 4), load_staggered<W>(b + x)};

@@ -102,7 +102,7 @@ struct VectorSubpicture {
     static void rgb_row_to_subpicture(const uint8_t* src, uint32_t blocks, uint32_t key, uint8_t* y, uint8_t* u,
                                       uint8_t* v) {
         constexpr int bpp = Format::bytes_per_pixel;
-        for_blocks<V>(blocks, [&]<class W>(uint32_t i) {
+        for_blocks<V>(blocks, [&]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
             W q0, q1;
             const uint32_t keyed = expand_blocks<Format>(src + i * 8 * bpp, key, q0, q1);
             if (keyed == (1u << W::lanes) - 1) return;
@@ -113,7 +113,7 @@ struct VectorSubpicture {
             const W even = even_u32(q0, q1);
             const W uvw = packs_i32(subpicture_sums(even, ku), subpicture_sums(even, kv));
             const W uv = packus_i16(uvw, uvw);
-            auto store = [&]<int k>() {
+            auto store = [&]<int k>() DISPCONV_VECTOR_STEP {
                 if (keyed >> k & 1) return;
                 const Vec<16> uvk = lane<k>(uv);
                 store_low_halves(y + 8 * (i + k), lane<k>(yb));
@@ -134,7 +134,7 @@ struct VectorSubpicture {
         const AdjustConstants k = a;
         const Rgb16Layout lay = layout;
         const uint8_t kb = key[0], kg = key[1], kr = key[2];
-        for_blocks<V>(blocks, [&]<class W>(uint32_t i) {
+        for_blocks<V>(blocks, [&]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
             W y = W::load(sub_y + 16 * i), u = W::load_half(sub_u + 8 * i), v = W::load_half(sub_v + 8 * i);
             if constexpr (Adjust::enabled) {
                 const AdjustVec<W> l = adjust_vec<W>(k);
@@ -173,7 +173,7 @@ struct VectorSubpicture {
             if (i < n) rest(i);
         };
         if constexpr (step == 4 && offset == 0 && mask == 0xFF) {
-            for_bytes<V>(n, [&]<class W>(int i) {
+            for_bytes<V>(n, [&]<class W>(int i) DISPCONV_VECTOR_STEP {
                 const uint8_t* s = src + 4 * i;
                 const W m = W::set1_i32(0xFF);
                 auto part = [&](int at) { return load_lanes<W>(s + at, 64) & m; };
@@ -186,7 +186,7 @@ struct VectorSubpicture {
                 });
             });
         } else if constexpr (step == 2 && offset == 0) {
-            for_bytes<V>(n, [&]<class W>(int i) {
+            for_bytes<V>(n, [&]<class W>(int i) DISPCONV_VECTOR_STEP {
                 const W m = W::set1_i16(mask);
                 W lo, hi;
                 deal_pair<32>(W::load(src + 2 * i), W::load(src + 2 * i + W::bytes), lo, hi);
@@ -194,7 +194,7 @@ struct VectorSubpicture {
             }, rest);
         } else if constexpr (step == 3 && offset == 3 && mask == 0xFF) {
             // Output i is byte 3i + 2 after src + 1: nothing past byte 3n is read.
-            for_bytes<V>(n, [&]<class W>(int i) {
+            for_bytes<V>(n, [&]<class W>(int i) DISPCONV_VECTOR_STEP {
                 const uint8_t* s = src + 3 * i + 1;
                 auto part = [&](int at) { return third_bytes(load_lanes<W>(s + at, 48)); };
                 W::store(dst + i, packus_i16(packs_i32(part(0), part(12)),
@@ -215,7 +215,7 @@ struct VectorSubpicture {
     // Each byte becomes the first of `step` bytes, the others zero.
     template <int step>
     static void spread_bytes(const uint8_t* src, uint8_t* dst, int n) {
-        for_bytes<V>(n, [&]<class W>(int i) {
+        for_bytes<V>(n, [&]<class W>(int i) DISPCONV_VECTOR_STEP {
             const W z = W::zero(), a = W::load(src + i);
             uint8_t* d = dst + step * i;
             if constexpr (step == 2) store_block_pairs(d, unpacklo_u8(a, z), unpackhi_u8(a, z));
@@ -237,12 +237,12 @@ struct VectorSubpicture {
             int64_t word;
             std::memcpy(&word, pattern, 8);
             // Non-temporal stores measured slower here, even on full-HD surfaces: plain stores.
-            for_bytes<V>(n, [&]<class W>(int i) { W::store(dst + i, W::set1_i64(word)); }, rest);
+            for_bytes<V>(n, [&]<class W>(int i) DISPCONV_VECTOR_STEP { W::store(dst + i, W::set1_i64(word)); }, rest);
         } else if (pattern_bytes == 24) {
             // Three vectors hold a whole number of periods at every width; steps of a third.
             uint8_t period[3 * V::bytes];
             for (int k = 0; k < 3 * V::bytes; k += 24) std::memcpy(period + k, pattern, 24);
-            for_bytes<V>(n / 3, [&]<class W>(int i) {
+            for_bytes<V>(n / 3, [&]<class W>(int i) DISPCONV_VECTOR_STEP {
                 uint8_t* d = dst + 3 * i;
                 W::store(d, W::load(period)), W::store(d + W::bytes, W::load(period + W::bytes));
                 W::store(d + 2 * W::bytes, W::load(period + 2 * W::bytes));
@@ -254,7 +254,7 @@ struct VectorSubpicture {
 
     // dst[i] becomes `key` where mask[i] equals `marker`, and stays as it is elsewhere.
     static void replace_marked(const uint8_t* mask, uint8_t marker, uint8_t key, uint8_t* dst, int n) {
-        for_bytes<V>(n, [&]<class W>(int i) {
+        for_bytes<V>(n, [&]<class W>(int i) DISPCONV_VECTOR_STEP {
             const W hit = cmpeq_u8(W::load(mask + i), W::set1_u8(marker));
             W::store(dst + i, blend_u8(W::load(dst + i), W::set1_u8(key), hit));
         }, [&](int i) { PortableSubpicture::replace_marked(mask + i, marker, key, dst + i, n - i); });
