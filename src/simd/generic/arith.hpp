@@ -232,11 +232,6 @@ DISPCONV_VECTOR_INLINE Yuy2Planes<V> split_yuy2(V a, V b) {
     const V c = packus_i16(srli_i16<8>(a), srli_i16<8>(b));
     return {packus_i16(a & m, b & m), packus_i16(c & m, z), packus_i16(srli_i16<8>(c), z)};
 }
-template <Vector V>
-DISPCONV_VECTOR_INLINE V lumas_of_yuy2(V a, V b) {
-    const V m = low_bytes_mask<V>();
-    return packus_i16(a & m, b & m);
-}
 // Lumas and U and V (low halves) to each lane's 32 bytes of YUY2: first and second halves.
 template <Vector V>
 DISPCONV_VECTOR_INLINE void join_yuy2(V y, V u, V v, V& first, V& second) {
