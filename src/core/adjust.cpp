@@ -4,8 +4,7 @@
 
 #include "dispconv.h"
 
-namespace dispconv {
-namespace {
+namespace dispconv { namespace {
 
 // Relaxed atomics: a change of settings during a frame may take effect part-way through it,
 // which is accepted, but it is never a data race.

@@ -7,8 +7,7 @@
 
 #include <cstdint>
 
-namespace dispconv {
-namespace {
+namespace dispconv { namespace {
 
 constexpr uint8_t sat_u8(int32_t v) { return v < 0 ? 0 : v > 255 ? 255 : static_cast<uint8_t>(v); }
 constexpr int16_t sat_s16(int32_t v) {
@@ -68,5 +67,4 @@ constexpr Rgb yuv_to_rgb(uint8_t y, ChromaTerms c) {
             sat_u8(sat_s16(yy + c.bu))};
 }
 
-}  // namespace
-}  // namespace dispconv
+} }  // namespace dispconv

@@ -105,19 +105,9 @@ const KernelTable* best_table(uint32_t mask) {
 }  // namespace
 
 const char* isa_name(Isa isa) {
-    switch (isa) {
-        case Isa::portable:
-            return "portable";
-        case Isa::sse2:
-            return "sse2";
-        case Isa::avx2:
-            return "avx2";
-        case Isa::avx512:
-            return "avx512";
-        case Isa::neon:
-            return "neon";
-    }
-    return "unknown";
+    static constexpr const char* names[isa_count] = {"portable", "sse2", "avx2", "avx512", "neon"};
+    const int i = static_cast<int>(isa);
+    return i >= 0 && i < isa_count ? names[i] : "unknown";
 }
 
 const KernelTable* kernel_table(Isa isa) {

@@ -1,8 +1,7 @@
 // Destination pixel formats of the RGB-writing kernels, as template tags.
 #pragma once
 
-namespace dispconv {
-namespace {
+namespace dispconv { namespace {
 
 struct Rgb32 {
     static constexpr int bytes_per_pixel = 4;  // B, G, R, 0
@@ -14,5 +13,4 @@ struct Rgb16 {
     static constexpr int bytes_per_pixel = 2;  // one little-endian word, layout per call
 };
 
-}  // namespace
-}  // namespace dispconv
+} }  // namespace dispconv

@@ -4,8 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace dispconv {
-namespace {
+namespace dispconv { namespace {
 
 // Iterations of a counter loop tested at the bottom: `do { ...; count -= step; } while the
 // subtraction neither borrowed nor reached zero`. A zero count still runs once; a negative one
@@ -40,5 +39,4 @@ void in_block_order(const uint8_t* d0, const uint8_t* d1, ptrdiff_t row_bytes, u
     for (uint32_t i = 0; i < blocks; ++i) run(i, 1u);
 }
 
-}  // namespace
-}  // namespace dispconv
+} }  // namespace dispconv

@@ -15,8 +15,6 @@
 
 // The unit's arithmetic vocabulary, chosen by the instruction set it is compiled for.
 #include "simd/sets.hpp"
-namespace dispconv {
-namespace {
+namespace dispconv { namespace {
 using Vocab = simd::UnitVocabulary;
-}  // namespace
-}  // namespace dispconv
+} }  // namespace dispconv

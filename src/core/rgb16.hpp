@@ -5,8 +5,7 @@
 
 #include "dispconv.h"
 
-namespace dispconv {
-namespace {
+namespace dispconv { namespace {
 
 struct Rgb16Layout {
     uint8_t r_mask, g_mask, b_mask;
@@ -33,5 +32,4 @@ constexpr uint16_t pack_rgb16(uint8_t r, uint8_t g, uint8_t b, const Rgb16Layout
                                  ((b & l.b_mask) >> l.b_shift_right));
 }
 
-}  // namespace
-}  // namespace dispconv
+} }  // namespace dispconv

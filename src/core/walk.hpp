@@ -11,8 +11,7 @@
 #include "core/rgb16.hpp"
 #include "dispconv.h"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 template <class Adjust>
 AdjustConstants adjust_snapshot() {
@@ -46,5 +45,4 @@ constexpr ptrdiff_t drift_step(uint32_t blocks, int32_t block_bytes, int32_t wid
     return ptrdiff_t(blocks) * block_bytes + (pitch_step - width_bytes);
 }
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

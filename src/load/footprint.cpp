@@ -3,8 +3,7 @@
 #include "core/geometry.hpp"
 #include "load/planar_to_yuy2.hpp"
 
-namespace dispconv {
-namespace {
+namespace dispconv { namespace {
 
 using kernels::yuy2_block;
 

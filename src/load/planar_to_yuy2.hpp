@@ -4,8 +4,7 @@
 
 #include "load/row_walks.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 constexpr int yuy2_block = planar_block;  // source pixels
 
@@ -17,18 +16,21 @@ void loadimage_yuy2(void* src_y, void* src_u, void* src_v, void* dst, int32_t wi
                            uint8_t* d1, uint32_t n) { V::planar_pair_to_yuy2_gapped(y0, y1, u, v, d0, d1, n); });
 }
 
-template <class V>
-void loadimage_yuy2_ajust(void* src_y, void* src_u, void* src_v, void* dst, int32_t width,
-                          int32_t height, int32_t src_stride, int32_t dst_stride,
-                          ajust_contrast_info*) {
-    if (height <= 8 || (height & 1)) return;
+// Row by row, adjusted: each full-width row re-reads and re-adjusts its chroma row; the half-width
+// member averages neighbouring pixels.
+template <class V, bool half>
+void planar_to_yuy2_adjusted(void* src_y, void* src_u, void* src_v, void* dst, int32_t width, int32_t height,
+                             int32_t src_stride, int32_t dst_stride, ajust_contrast_info*) {
+    if (!half && (height <= 8 || (height & 1))) return;
     const AdjustConstants a = load_adjust_constants();
-    // Each row re-reads and re-adjusts its chroma row.
-    planar_rows<2>(src_y, src_u, src_v, dst, width, height, src_stride, dst_stride,
-                   [&](PlanarSource s, uint8_t* d, uint32_t blocks) {
-                       V::planar_row_to_yuy2_adjusted(s.y, s.u, s.v, d, blocks, a);
-                   });
+    planar_rows<half ? 1 : 2>(src_y, src_u, src_v, dst, width, height, src_stride, dst_stride,
+                              [&](PlanarSource s, uint8_t* d, uint32_t blocks) {
+                                  if constexpr (half) V::planar_row_to_half_yuy2(s.y, s.u, s.v, d, blocks, a);
+                                  else V::planar_row_to_yuy2_adjusted(s.y, s.u, s.v, d, blocks, a);
+                              });
 }
+template <class V> constexpr auto loadimage_yuy2_ajust = planar_to_yuy2_adjusted<V, false>;
+template <class V> constexpr auto loadimage_half_yuy2_ajust = planar_to_yuy2_adjusted<V, true>;
 
 template <class V>
 void loadimage_yuy2_mono_ajust(void* src_y, void*, void*, void* dst_, int32_t width,
@@ -43,16 +45,4 @@ void loadimage_yuy2_mono_ajust(void* src_y, void*, void*, void* dst_, int32_t wi
         V::luma_row_to_grey_yuy2(y_row, dst, next.blocks, a);
 }
 
-template <class V>
-void loadimage_half_yuy2_ajust(void* src_y, void* src_u, void* src_v, void* dst, int32_t width,
-                               int32_t height, int32_t src_stride, int32_t dst_stride,
-                               ajust_contrast_info*) {
-    const AdjustConstants a = load_adjust_constants();
-    planar_rows<1>(src_y, src_u, src_v, dst, width, height, src_stride, dst_stride,
-                   [&](PlanarSource s, uint8_t* d, uint32_t blocks) {
-                       V::planar_row_to_half_yuy2(s.y, s.u, s.v, d, blocks, a);
-                   });
-}
-
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

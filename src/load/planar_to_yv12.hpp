@@ -3,8 +3,7 @@
 
 #include "core/walk.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 // The plane adjuster: `height` rows (at least one) of `width` bytes rounded up to 8. The source
 // is read back to back, as if its pitch were the rounded width; only dst steps by its pitch.
@@ -146,5 +145,4 @@ void loadimage_half_yv12_ajust(void* src_y, void* src_u, void* src_v, void* dst_
     chroma_plane(static_cast<const uint8_t*>(src_u), u_plane, a.u_offset);
 }
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

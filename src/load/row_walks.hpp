@@ -4,8 +4,7 @@
 
 #include "core/walk.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 constexpr int planar_block = 16;  // source pixels per step of the planar walks
 
@@ -95,5 +94,4 @@ void packed_row_pairs(void* src_y, void* dst_, int32_t width, int32_t height, in
     }
 }
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

@@ -3,8 +3,7 @@
 
 #include "load/row_walks.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 template <class V, class Adjust>
 void yuy2_to_yuy2(void* src_y, void*, void*, void* dst, int32_t width, int32_t height, int32_t src_stride,
@@ -20,10 +19,7 @@ void yuy2_to_yuy2(void* src_y, void*, void*, void* dst, int32_t width, int32_t h
                                });
 }
 
-template <class V>
-constexpr auto LoadYUY2_YUY2 = yuy2_to_yuy2<V, Plain>;
-template <class V>
-constexpr auto LoadYUY2_YUY2_adjust = yuy2_to_yuy2<V, Adjusted>;
+template <class V> constexpr auto LoadYUY2_YUY2 = yuy2_to_yuy2<V, Plain>;
+template <class V> constexpr auto LoadYUY2_YUY2_adjust = yuy2_to_yuy2<V, Adjusted>;
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

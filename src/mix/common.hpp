@@ -10,8 +10,7 @@
 #include "core/walk.hpp"
 #include "mix/row.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 constexpr int mix_block = 16;  // pixels per block of the AYUY2 mixers
 
@@ -83,6 +82,16 @@ void mix_rows(const MixRow* rows, int count, uint32_t blocks, const AdjustConsta
                                  dst[r] + ptrdiff_t(i) * Out::block_bytes);
 }
 
+// The record's row steps in bytes (frame, sub-picture, image), read once; a chroma row of the
+// frame or the sub-picture is half a step.
+struct MixSteps {
+    ptrdiff_t frame, sub, image;
+
+    static MixSteps of(const MIX_INFO* info) { return {info->frame_stride, info->sub_stride, info->image_stride}; }
+    ptrdiff_t frame_chroma() const { return frame >> 1; }
+    ptrdiff_t sub_chroma() const { return sub >> 1; }
+};
+
 // The record fields that the YUY2-style mixers move as they go, worked on in locals and
 // written back on return.
 struct MovingFields {
@@ -120,5 +129,4 @@ constexpr uint32_t passes_while_positive(int32_t count, int32_t step) {
     return count <= step ? 1u : static_cast<uint32_t>((int64_t(count) + step - 1) / step);
 }
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

@@ -5,8 +5,7 @@
 #include "core/footprint.hpp"
 #include "mix/walks.hpp"
 
-namespace dispconv {
-namespace {
+namespace dispconv { namespace {
 
 using kernels::HalfYuy2Output;
 using kernels::mix_block;

@@ -4,8 +4,7 @@
 
 #include "mix/common.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 // How one output row of a group is taken from the field: field luma row k or k + 1 (possibly
 // averaged with the row below it) and chroma row j (possibly averaged with j + 1).
@@ -23,13 +22,9 @@ constexpr FieldRowPlan last_group[4] = {
 
 // The frame samples of one output row as a mix row reads them: field luma row k or k + 1
 // (perhaps averaged with the row below) and chroma row j (perhaps averaged with j + 1).
-inline MixRow field_row(const FieldRowPlan& plan, const uint8_t* luma, const uint8_t* u,
-                        const uint8_t* v, ptrdiff_t luma_pitch, ptrdiff_t chroma_pitch,
-                        const uint8_t* alpha, const uint8_t* sub_y, const uint8_t* sub_u,
-                        const uint8_t* sub_v) {
-    MixRow row{luma, u, v, alpha, sub_y, sub_u, sub_v};
-    if (plan.luma_average) row.frame_y_below = luma + luma_pitch;
-    if (plan.chroma_average) row.frame_u_below = u + chroma_pitch, row.frame_v_below = v + chroma_pitch;
+inline MixRow field_row(const FieldRowPlan& plan, MixRow row, ptrdiff_t luma_pitch, ptrdiff_t chroma_pitch) {
+    if (plan.luma_average) row.frame_y_below = row.frame_y + luma_pitch;
+    if (plan.chroma_average) row.frame_u_below = row.frame_u + chroma_pitch, row.frame_v_below = row.frame_v + chroma_pitch;
     return row;
 }
 
@@ -56,11 +51,7 @@ void mix_ayuy2_yuy2_i_ajust(MIX_INFO* info) {
     if (info->height < 4) return;
     const AdjustConstants a = load_adjust_constants();
     const int32_t width = info->width;
-    const ptrdiff_t frame_stride = info->frame_stride;
-    const ptrdiff_t frame_chroma_pitch = info->frame_stride >> 1;
-    const ptrdiff_t sub_stride = info->sub_stride;
-    const ptrdiff_t sub_chroma_pitch = info->sub_stride >> 1;
-    const ptrdiff_t image_stride = info->image_stride;
+    const MixSteps step = MixSteps::of(info);
     // The width counter runs over pixel pairs, 8 pairs per block.
     const uint32_t blocks = loop_count(width >> 1, mix_block / 2);
     const ptrdiff_t run = ptrdiff_t(blocks) * mix_block;
@@ -73,8 +64,8 @@ void mix_ayuy2_yuy2_i_ajust(MIX_INFO* info) {
     for_each_group(rows, [&](const FieldRowPlan* plan, bool last) {
         for (int r = 0; r < 4; ++r) {
             if (last && r == 2) m.height = 2;  // the last group counts its final two rows
-            const MixRow row = field_row(plan[r], frame_y, m.frame_u, m.frame_v, frame_stride,
-                                         frame_chroma_pitch, m.sub_opacity, m.sub_y, m.sub_u, m.sub_v);
+            const MixRow row = field_row(plan[r], {frame_y, m.frame_u, m.frame_v, m.sub_opacity, m.sub_y, m.sub_u, m.sub_v},
+                                         step.frame, step.frame_chroma());
             Yuy2Output::run<V>(row, blocks, a, rgb16_layouts[0], out);
             frame_y += run;
             out += 2 * run;
@@ -85,16 +76,16 @@ void mix_ayuy2_yuy2_i_ajust(MIX_INFO* info) {
             m.frame_u += run / 2;
             m.frame_v += run / 2;
             // Even rows of a group read a field row that the next row reads again.
-            frame_y += (r % 2 == 0) ? -ptrdiff_t(width) : frame_stride - width;
+            frame_y += (r % 2 == 0) ? -ptrdiff_t(width) : step.frame - width;
             // Frame chroma returns to the start of its row until the group ends.
-            const ptrdiff_t chroma_step = (r == 3) ? frame_chroma_pitch - (width >> 1) : -(width >> 1);
+            const ptrdiff_t chroma_step = (r == 3) ? step.frame_chroma() - (width >> 1) : -(width >> 1);
             m.frame_u += chroma_step;
             m.frame_v += chroma_step;
-            m.sub_opacity += sub_stride - width;
-            m.sub_y += sub_stride - width;
-            m.sub_u += sub_chroma_pitch - (width >> 1);
-            m.sub_v += sub_chroma_pitch - (width >> 1);
-            out += image_stride - 2 * ptrdiff_t(width);
+            m.sub_opacity += step.sub - width;
+            m.sub_y += step.sub - width;
+            m.sub_u += step.sub_chroma() - (width >> 1);
+            m.sub_v += step.sub_chroma() - (width >> 1);
+            out += step.image - 2 * ptrdiff_t(width);
             if (last && r >= 2) m.height = count_down(m.height, 1);
         }
         if (!last) m.height = count_down(m.height, 4);
@@ -110,47 +101,31 @@ void mix_rgb_interlaced(const MIX_INFO* info) {
     if (!Out::select_layout(info, layout)) return;
     const AdjustConstants a = load_adjust_constants();
     const int32_t height = info->height;
-    const ptrdiff_t frame_stride = info->frame_stride;
-    const ptrdiff_t sub_stride = info->sub_stride;
-    const ptrdiff_t sub_chroma_pitch = info->sub_stride >> 1;
-    const ptrdiff_t image_stride = info->image_stride;
+    const MixSteps step = MixSteps::of(info);
 
-    const uint8_t* luma = info->frame_y;
-    const uint8_t* frame_u = info->frame_u;
-    const uint8_t* frame_v = info->frame_v;
-    const uint8_t* alpha = info->sub_opacity;
-    const uint8_t* sub_y = info->sub_y;
-    const uint8_t* sub_u = info->sub_u;
-    const uint8_t* sub_v = info->sub_v;
+    // The group's first field row, moved on group by group and strip by strip.
+    MixRow at{info->frame_y, info->frame_u, info->frame_v, info->sub_opacity, info->sub_y, info->sub_u, info->sub_v};
     uint8_t* out = info->image;
     uint32_t across = 1;  // blocks per row of a group: one strip, or all of them
     auto group = [&](const FieldRowPlan* plan, bool) {
         MixRow rows[4];
         uint8_t* dst[4];
         for (int r = 0; r < 4; ++r) {
-            rows[r] = field_row(plan[r], luma + plan[r].luma_row * frame_stride, frame_u, frame_v,
-                                frame_stride, frame_stride >> 1, alpha + r * sub_stride,
-                                sub_y + r * sub_stride, sub_u + r * sub_chroma_pitch,
-                                sub_v + r * sub_chroma_pitch);
-            dst[r] = out + r * image_stride;
+            rows[r] = field_row(plan[r], at.moved(plan[r].luma_row * step.frame, 0, r * step.sub, r * step.sub_chroma()),
+                                step.frame, step.frame_chroma());
+            dst[r] = out + r * step.image;
         }
         mix_rows<V, Out>(rows, 4, across, a, layout, dst);
-        luma += 2 * frame_stride;
-        frame_u += frame_stride >> 1;
-        frame_v += frame_stride >> 1;
-        alpha += 4 * sub_stride;
-        sub_y += 4 * sub_stride;
-        sub_u += 4 * sub_chroma_pitch;
-        sub_v += 4 * sub_chroma_pitch;
-        out += 4 * image_stride;
+        at = at.moved(2 * step.frame, step.frame_chroma(), 4 * step.sub, 4 * step.sub_chroma());
+        out += 4 * step.image;
     };
     const uint32_t strips = loop_count(info->width, mix_block);
     // When every strip ends exactly `height` rows of each plane down (whole groups, a frame
     // pitch that the chroma eighths divide) and no two output rows share a byte, each strip
     // is a column of one picture: the groups can go across all strips at once, same bytes.
     const ptrdiff_t out_row = ptrdiff_t(strips) * Out::block_bytes;
-    if (height >= 4 && height % 4 == 0 && frame_stride % 8 == 0 &&
-        (image_stride >= out_row || -image_stride >= out_row)) {
+    if (height >= 4 && height % 4 == 0 && step.frame % 8 == 0 &&
+        (step.image >= out_row || -step.image >= out_row)) {
         across = strips;
         for_each_group(height, group);
         return;
@@ -158,14 +133,11 @@ void mix_rgb_interlaced(const MIX_INFO* info) {
     for (uint32_t strip = strips; strip--;) {
         for_each_group(height, group);
         // Back up by `height` rows of each plane's per-output-row distance, then one strip right.
-        luma += mix_block - ptrdiff_t(height) * (frame_stride >> 1);
-        frame_u += mix_block / 2 - ptrdiff_t(height) * (frame_stride >> 3);
-        frame_v += mix_block / 2 - ptrdiff_t(height) * (frame_stride >> 3);
-        alpha += mix_block - ptrdiff_t(height) * sub_stride;
-        sub_y += mix_block - ptrdiff_t(height) * sub_stride;
-        sub_u += mix_block / 2 - ptrdiff_t(height) * sub_chroma_pitch;
-        sub_v += mix_block / 2 - ptrdiff_t(height) * sub_chroma_pitch;
-        out += Out::block_bytes - ptrdiff_t(height) * image_stride;
+        at = at.moved(mix_block - ptrdiff_t(height) * step.frame_chroma(),
+                      mix_block / 2 - ptrdiff_t(height) * (step.frame >> 3),
+                      mix_block - ptrdiff_t(height) * step.sub,
+                      mix_block / 2 - ptrdiff_t(height) * step.sub_chroma());
+        out += Out::block_bytes - ptrdiff_t(height) * step.image;
     }
 }
 
@@ -182,5 +154,4 @@ void mix_ayuy2_rgb16_i_ajust(MIX_INFO* info) {
     mix_rgb_interlaced<V, Rgb16>(info);
 }
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

@@ -5,8 +5,7 @@
 
 #include "mix/common.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 template <class V, class Out>
 void mix_progressive(MIX_INFO* info) {
@@ -14,15 +13,11 @@ void mix_progressive(MIX_INFO* info) {
     if (!Out::select_layout(info, layout)) return;  // the record is left untouched too
     const AdjustConstants a = load_adjust_constants();
     const int32_t width = info->width;
-    const ptrdiff_t frame_stride = info->frame_stride;
-    const ptrdiff_t sub_stride = info->sub_stride;
-    const ptrdiff_t image_stride = info->image_stride;
-    const ptrdiff_t frame_chroma_pitch =
-        (Out::frame_at_sub_spacing ? info->sub_stride : info->frame_stride) >> 1;
-    const ptrdiff_t sub_chroma_pitch = info->sub_stride >> 1;
+    const MixSteps step = MixSteps::of(info);
+    const ptrdiff_t frame_chroma_pitch = Out::frame_at_sub_spacing ? step.sub_chroma() : step.frame_chroma();
     // The second row of a pair is reached by the half pitch doubled: an odd stride loses a byte.
     const ptrdiff_t frame_second_row = 2 * frame_chroma_pitch;
-    const ptrdiff_t sub_second_row = 2 * sub_chroma_pitch;
+    const ptrdiff_t sub_second_row = 2 * step.sub_chroma();
     const uint32_t blocks = loop_count(width, mix_block);
 
     MovingFields m = MovingFields::of(info);
@@ -34,8 +29,8 @@ void mix_progressive(MIX_INFO* info) {
         const MixRow pair[2] = {
             {frame_y, m.frame_u, m.frame_v, m.sub_opacity, m.sub_y, m.sub_u, m.sub_v},
             {frame_y + frame_second_row, m.frame_u, m.frame_v, m.sub_opacity + sub_second_row,
-             m.sub_y + sub_second_row, m.sub_u + sub_chroma_pitch, m.sub_v + sub_chroma_pitch}};
-        uint8_t* const dst[2] = {out, out + image_stride};
+             m.sub_y + sub_second_row, m.sub_u + step.sub_chroma(), m.sub_v + step.sub_chroma()}};
+        uint8_t* const dst[2] = {out, out + step.image};
         mix_rows<V, Out>(pair, 2, blocks, a, layout, dst);
         frame_y += run;
         out += ptrdiff_t(blocks) * Out::block_bytes;
@@ -46,14 +41,14 @@ void mix_progressive(MIX_INFO* info) {
         m.sub_u += run / 2;
         m.sub_v += run / 2;
         // Steps computed for an exact width: a partial last block drifts every later pair.
-        frame_y += 2 * frame_stride - width;
-        out += 2 * image_stride - Out::row_bytes(width);
-        m.sub_opacity += 2 * sub_stride - width;
-        m.sub_y += 2 * sub_stride - width;
+        frame_y += 2 * step.frame - width;
+        out += 2 * step.image - Out::row_bytes(width);
+        m.sub_opacity += 2 * step.sub - width;
+        m.sub_y += 2 * step.sub - width;
         m.frame_u += frame_chroma_pitch - (width >> 1);
         m.frame_v += frame_chroma_pitch - (width >> 1);
-        m.sub_u += sub_stride - (width >> 1);
-        m.sub_v += sub_stride - (width >> 1);
+        m.sub_u += step.sub - (width >> 1);
+        m.sub_v += step.sub - (width >> 1);
         m.height = count_down(m.height, 2);
     } while (m.height > 0);
     m.store(info);
@@ -80,5 +75,4 @@ void mix_ayuy2_rgb16_p_ajust(MIX_INFO* info) {
     mix_progressive<V, RgbOutput<Rgb16>>(info);
 }
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

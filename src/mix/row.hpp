@@ -4,8 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace dispconv {
-namespace {
+namespace dispconv { namespace {
 
 // Frame luma and chroma, sub-picture alpha, luma and chroma (the chroma runs are half as long
 // as the luma runs). Where a `below` pointer is set, that frame plane is read as the rounded
@@ -22,21 +21,22 @@ struct MixRow {
     const uint8_t* frame_u_below = nullptr;
     const uint8_t* frame_v_below = nullptr;
 
-    // The same row `pixels` further right.
-    MixRow advanced(ptrdiff_t pixels) const {
-        const ptrdiff_t half = pixels / 2;
-        return {frame_y + pixels,
-                frame_u + half,
-                frame_v + half,
-                alpha + pixels,
-                sub_y + pixels,
-                sub_u + half,
-                sub_v + half,
-                frame_y_below ? frame_y_below + pixels : nullptr,
-                frame_u_below ? frame_u_below + half : nullptr,
-                frame_v_below ? frame_v_below + half : nullptr};
+    // Every plane moved on: frame luma by `frame`, frame chroma by `frame_chroma`, sub-picture
+    // alpha and luma by `sub`, sub-picture chroma by `sub_chroma` bytes.
+    MixRow moved(ptrdiff_t frame, ptrdiff_t frame_chroma, ptrdiff_t sub, ptrdiff_t sub_chroma) const {
+        return {frame_y + frame,
+                frame_u + frame_chroma,
+                frame_v + frame_chroma,
+                alpha + sub,
+                sub_y + sub,
+                sub_u + sub_chroma,
+                sub_v + sub_chroma,
+                frame_y_below ? frame_y_below + frame : nullptr,
+                frame_u_below ? frame_u_below + frame_chroma : nullptr,
+                frame_v_below ? frame_v_below + frame_chroma : nullptr};
     }
+    // The same row `pixels` further right.
+    MixRow advanced(ptrdiff_t pixels) const { return moved(pixels, pixels / 2, pixels, pixels / 2); }
 };
 
-}  // namespace
-}  // namespace dispconv
+} }  // namespace dispconv

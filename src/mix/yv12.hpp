@@ -5,8 +5,7 @@
 
 #include "mix/common.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 constexpr int yv12_block = 8;  // samples per block
 
@@ -41,9 +40,7 @@ template <class V, class Adjust, bool Field>
 void mix_yv12(MIX_INFO* info) {
     const AdjustConstants a = adjust_snapshot<Adjust>();
     const int32_t width = info->width;
-    const ptrdiff_t frame_stride = info->frame_stride;
-    const ptrdiff_t sub_stride = info->sub_stride;
-    const ptrdiff_t image_stride = info->image_stride;
+    const MixSteps step = MixSteps::of(info);
     // A field pass counts output rows in pairs.
     const auto rows_of = [](int32_t count) {
         return Field ? 2 * passes_while_positive(count, 2) : passes_while_positive(count, 1);
@@ -54,11 +51,11 @@ void mix_yv12(MIX_INFO* info) {
                          info->sub_y,
                          info->sub_opacity,
                          info->image,
-                         drift_step(luma_blocks, yv12_block, width, frame_stride),
-                         drift_step(luma_blocks, yv12_block, width, sub_stride),
-                         drift_step(luma_blocks, yv12_block, width, sub_stride),
-                         drift_step(luma_blocks, yv12_block, width, image_stride),
-                         frame_stride};
+                         drift_step(luma_blocks, yv12_block, width, step.frame),
+                         drift_step(luma_blocks, yv12_block, width, step.sub),
+                         drift_step(luma_blocks, yv12_block, width, step.sub),
+                         drift_step(luma_blocks, yv12_block, width, step.image),
+                         step.frame};
     plane_pass<V, Adjust, false, Field>(luma, rows_of(info->height), luma_blocks * yv12_block,
                                         a.luma_gain, a.luma_offset);
 
@@ -77,11 +74,11 @@ void mix_yv12(MIX_INFO* info) {
                              sub,
                              info->sub_opacity,
                              out,
-                             drift_step(chroma_blocks, yv12_block, 0, (frame_stride - width) >> 1),
-                             drift_step(chroma_blocks, yv12_block, chroma_width, sub_stride),
-                             drift_step(chroma_blocks, 2 * yv12_block, width, 2 * sub_stride),
-                             drift_step(chroma_blocks, yv12_block, 0, (image_stride - width) >> 1),
-                             frame_stride >> 1};
+                             drift_step(chroma_blocks, yv12_block, 0, (step.frame - width) >> 1),
+                             drift_step(chroma_blocks, yv12_block, chroma_width, step.sub),
+                             drift_step(chroma_blocks, 2 * yv12_block, width, 2 * step.sub),
+                             drift_step(chroma_blocks, yv12_block, 0, (step.image - width) >> 1),
+                             step.frame_chroma()};
         plane_pass<V, Adjust, true, Field>(pass, chroma_rows, chroma_blocks * yv12_block,
                                            a.chroma_gain, offset);
     };
@@ -102,5 +99,4 @@ void mix_ayv12_yv12_i(MIX_INFO* info) {
     mix_yv12<V, Plain, true>(info);
 }
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

@@ -7,8 +7,7 @@
 #include "simd/portable/stretch.hpp"
 #include "simd/portable/subpicture.hpp"
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 struct Portable : PortableCore,
                   PortableLoad,
@@ -17,5 +16,4 @@ struct Portable : PortableCore,
                   PortableSubpicture,
                   PortableMix {};
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd

@@ -1,6 +1,7 @@
 // Every instruction set's vocabulary, one per unit: the portable reference, or the vector
 // vocabulary at the set's widest register. A set that gains from its own version of a shared
-// composite lists it here as `using Overrides::name;` beside its vocabulary (a listed name the
+// composite gets a struct of its own here, `struct Avx2 : VectorVocabulary<Vec<32>>, Avx2Overrides
+// { using Avx2Overrides::name; };`, naming each composite it replaces (a listed name the
 // overrides lack fails the build). None does today: each shared composite measured as fast as
 // the set-specific code it replaced; NEON's gains come as optional primitives instead (structure
 // stores, the doubling multiply), which the shared composites use where a set has them.
@@ -15,37 +16,27 @@
 #include "simd/vector/stretch.hpp"
 #include "simd/vector/subpicture.hpp"
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 // Every family's operations at the width of V.
 template <class V>
 struct VectorVocabulary : VectorCore<V>, VectorLoad<V>, VectorSubpicture<V>, VectorMix<V>, VectorStretch<V> {};
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd
 #endif
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 #if defined(DISPCONV_UNIT_PORTABLE)
 using UnitVocabulary = Portable;
-#elif defined(DISPCONV_UNIT_SSE2)
-struct Sse2 : VectorVocabulary<Vec<16>> {};
-using UnitVocabulary = Sse2;
-#elif defined(DISPCONV_UNIT_NEON)
-struct Neon : VectorVocabulary<Vec<16>> {};
-using UnitVocabulary = Neon;
+#elif defined(DISPCONV_UNIT_SSE2) || defined(DISPCONV_UNIT_NEON)
+using UnitVocabulary = VectorVocabulary<Vec<16>>;
 #elif defined(DISPCONV_UNIT_AVX2)
-struct Avx2 : VectorVocabulary<Vec<32>> {};
-using UnitVocabulary = Avx2;
+using UnitVocabulary = VectorVocabulary<Vec<32>>;
 #elif defined(DISPCONV_UNIT_AVX512)
-struct Avx512 : VectorVocabulary<Vec<64>> {};
-using UnitVocabulary = Avx512;
+using UnitVocabulary = VectorVocabulary<Vec<64>>;
 #else
 #error "no vocabulary for this instruction set"
 #endif
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd

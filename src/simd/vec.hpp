@@ -10,8 +10,7 @@
 
 #include <cstdint>
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 template <int Bytes>
 struct Vec;
@@ -38,8 +37,7 @@ constexpr WideTable<W> widen(const LaneTable& t) {
     return w;
 }
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd
 
 #if defined(__x86_64__) || defined(__i386__)
 #include "simd/x86/vec.hpp"

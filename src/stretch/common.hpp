@@ -7,8 +7,7 @@
 
 #include "core/walk.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 // One plane's contribution to a destination row: a copy of source row `first` (1 tap), the
 // rounded average of rows first, first + 1 (2 taps; the edge-directed stretch interpolates
@@ -93,5 +92,4 @@ void filtered_double_height_rows(int32_t interior, Emit&& emit) {
     last_pair_rows(emit, k + 1);
 }
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

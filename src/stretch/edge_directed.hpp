@@ -4,8 +4,7 @@
 
 #include "stretch/common.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 constexpr int edge_block = 16;  // pixels
 
@@ -95,5 +94,4 @@ void strech_opt_yuy2_ajust(tagVideoFrame* frame, int32_t start_line, int32_t hei
     });
 }
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

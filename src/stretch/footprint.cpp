@@ -3,8 +3,7 @@
 #include "core/footprint.hpp"
 #include "stretch/walks.hpp"
 
-namespace dispconv {
-namespace {
+namespace dispconv { namespace {
 
 using kernels::edge_block;
 using kernels::plane_strip;

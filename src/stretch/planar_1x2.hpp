@@ -4,8 +4,7 @@
 
 #include "stretch/common.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 constexpr int stretch_block = 16;  // source pixels per block
 
@@ -92,5 +91,4 @@ void strech_picture_1X2_yuy2_ajust(void* src_y, void* src_u, void* src_v, void* 
                                 });
 }
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

@@ -9,8 +9,7 @@
 #include "core/walk.hpp"
 #include "stretch/common.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 constexpr int rgb_strip = 16;             // pixels
 
@@ -117,12 +116,8 @@ void stretch_1x2_rgb(void* src_y, void* src_u, void* src_v, void* dst, int32_t w
     } while (exact_end ? counter != 0 : --strips != 0);
 }
 
-template <class V>
-constexpr auto strech_picture_1X2_yuy2_ajust_rgb32 = stretch_1x2_rgb<V, Rgb32, false>;
-template <class V>
-constexpr auto strech_picture_1X2_yuy2_ajust_rgb24 = stretch_1x2_rgb<V, Rgb24, true>;
-template <class V>
-constexpr auto strech_picture_1X2_yuy2_ajust_rgb16 = stretch_1x2_rgb<V, Rgb16, true>;
+template <class V> constexpr auto strech_picture_1X2_yuy2_ajust_rgb32 = stretch_1x2_rgb<V, Rgb32, false>;
+template <class V> constexpr auto strech_picture_1X2_yuy2_ajust_rgb24 = stretch_1x2_rgb<V, Rgb24, true>;
+template <class V> constexpr auto strech_picture_1X2_yuy2_ajust_rgb16 = stretch_1x2_rgb<V, Rgb16, true>;
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

@@ -7,8 +7,7 @@
 
 #include "stretch/planar_1x2.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 // One destination row: each plane's row, or the average of two doubled rows, doubled.
 template <class V, class Adjust>
@@ -39,10 +38,7 @@ void stretch_2x2_planar(void* src_y, void* src_u, void* src_v, void* dst, int32_
     });
 }
 
-template <class V>
-constexpr auto strech_picture_2X2_yuy2 = stretch_2x2_planar<V, Plain>;
-template <class V>
-constexpr auto strech_picture_2X2_yuy2_ajust = stretch_2x2_planar<V, Adjusted>;
+template <class V> constexpr auto strech_picture_2X2_yuy2 = stretch_2x2_planar<V, Plain>;
+template <class V> constexpr auto strech_picture_2X2_yuy2_ajust = stretch_2x2_planar<V, Adjusted>;
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

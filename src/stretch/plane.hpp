@@ -6,8 +6,7 @@
 
 #include "stretch/common.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 constexpr int plane_strip = 8;  // source columns per strip or block
 
@@ -149,10 +148,8 @@ void stretch_one_plane(uint8_t* src, uint8_t* dst, int32_t width, int32_t height
     stretch_plane(src, dst, width, height, src_stride, dst_stride, plane_channel(load_adjust_constants(), plane));
 }
 
-template <class V>
-constexpr auto strech_pic_2X2_adjust = stretch_one_plane<stretch_plane_2x2<V>>;
-template <class V>
-constexpr auto strech_pic_1X2_adjust = stretch_one_plane<stretch_plane_1x2<V>>;
+template <class V> constexpr auto strech_pic_2X2_adjust = stretch_one_plane<stretch_plane_2x2<V>>;
+template <class V> constexpr auto strech_pic_1X2_adjust = stretch_one_plane<stretch_plane_1x2<V>>;
 
 // YV12 wrappers: the enlarged Y plane, then V, then U in one buffer, chroma planes with half
 // the sizes and strides.
@@ -171,10 +168,7 @@ void stretch_yv12_planes(void* src_y, void* src_u, void* src_v, void* dst_, int3
                   height >> 1, src_stride >> 1, dst_stride >> 1, plane_channel(a, 3));
 }
 
-template <class V>
-constexpr auto strech_picture_2X2_yv12_ajust = stretch_yv12_planes<stretch_plane_2x2<V>>;
-template <class V>
-constexpr auto strech_picture_1X2_yv12_ajust = stretch_yv12_planes<stretch_plane_1x2<V>>;
+template <class V> constexpr auto strech_picture_2X2_yv12_ajust = stretch_yv12_planes<stretch_plane_2x2<V>>;
+template <class V> constexpr auto strech_picture_1X2_yv12_ajust = stretch_yv12_planes<stretch_plane_1x2<V>>;
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

@@ -7,8 +7,7 @@
 
 #include "stretch/common.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 constexpr int yuy2_strip = 16;  // source pixels (32 bytes) per strip
 
@@ -76,5 +75,4 @@ void yuy2_strech_picture_2X2_yuy2_ajust(void* src, void*, void*, void* dst, int3
     stretch_2x2_yuy2<V, Adjusted>(src, dst, width, height, dst_stride);
 }
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

@@ -7,8 +7,7 @@
 #include "core/geometry.hpp"
 #include "dispconv.h"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 // The walk shared by the six: blocks of `block` pixels per row, the opacity plane stepping by
 // half of (frame_stride - width), and a row count that either stays private or is counted
@@ -65,5 +64,4 @@ void Restore_RGB16_565_To_Alpha(MIX_INFO* info) {
     alpha_walk<16, 2, false>(info, [](uint8_t* a, uint8_t* p, int n) { V::template pick_bytes<2, 0, 0x1F>(p, a, n); });
 }
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

@@ -8,8 +8,7 @@
 #include "core/rgb16.hpp"
 #include "core/walk.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 // The key as one output pixel.
 template <class Format>
@@ -64,5 +63,4 @@ DISPCONV_AYUY2_TO_RGB(load_subpicture_yuy2_rgb16, Rgb16, Plain)
 DISPCONV_AYUY2_TO_RGB(load_subpicture_yuy2_rgb16_ajust, Rgb16, Adjusted)
 #undef DISPCONV_AYUY2_TO_RGB
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

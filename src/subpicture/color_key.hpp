@@ -6,8 +6,7 @@
 
 #include "core/geometry.hpp"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 constexpr int key_block = 16;  // pixels (bytes for the mask replacement)
 
@@ -46,36 +45,34 @@ void fill_color_key(const uint8_t* pattern, int pattern_bytes, void* surface, in
     }
 }
 
-template <class V>
-void LoadColorKeyRgb32(uint32_t color_key, void* surface, int32_t width, int32_t height, int32_t,
-                       int32_t stride) {
-    uint8_t pattern[8];
-    put_u64(pattern, uint64_t(color_key) << 32 | color_key);
-    fill_color_key<V, 4>(pattern, 8, surface, width, height, stride);
-}
-
-template <class V>
-void LoadColorKeyRgb16(uint32_t color_key, void* surface, int32_t width, int32_t height, int32_t,
-                       int32_t stride) {
-    const uint64_t k = color_key & 0xFFFFu;
-    uint8_t pattern[8];
-    put_u64(pattern, k << 48 | k << 32 | k << 16 | k);
-    fill_color_key<V, 2>(pattern, 8, surface, width, height, stride);
-}
-
-// Deliberate: the three words are stored A, B, C (a straight repetition would need C, B, A),
-// so the pixels of each group of eight come out with their bytes rotated unless the key's
+// The key repeated as the fill stores it: 8 bytes of two RGB32 or four 16-bit pixels (the
+// low 16 bits of the key), or 24 bytes of eight RGB24 pixels. Returns the pattern's length.
+// Deliberate, RGB24: the three words are stored A, B, C (a straight repetition would need C, B,
+// A), so the pixels of each group of eight come out with their bytes rotated unless the key's
 // three low bytes are equal; a non-zero top byte is ORed in where the low byte falls.
-template <class V>
-void LoadColorKeyRgb24(uint32_t color_key, void* surface, int32_t width, int32_t height, int32_t,
-                       int32_t stride) {
-    const uint64_t k = color_key;
-    uint8_t pattern[24];
-    put_u64(pattern, k << 40 | k << 16 | k >> 8);
-    put_u64(pattern + 8, k << 56 | k << 32 | k << 8 | k >> 16);
-    put_u64(pattern + 16, k << 48 | k | k << 24);
-    fill_color_key<V, 3>(pattern, 24, surface, width, height, stride);
+template <int bpp>
+int key_pattern(uint32_t color_key, uint8_t (&pattern)[24]) {
+    const uint64_t k = bpp == 2 ? color_key & 0xFFFFu : color_key;
+    if constexpr (bpp != 3) {
+        put_u64(pattern, bpp == 4 ? k << 32 | k : k << 48 | k << 32 | k << 16 | k);
+        return 8;
+    } else {
+        put_u64(pattern, k << 40 | k << 16 | k >> 8);
+        put_u64(pattern + 8, k << 56 | k << 32 | k << 8 | k >> 16);
+        put_u64(pattern + 16, k << 48 | k | k << 24);
+        return 24;
+    }
 }
+
+template <class V, int bpp>
+void load_color_key(uint32_t color_key, void* surface, int32_t width, int32_t height, int32_t, int32_t stride) {
+    uint8_t pattern[24];
+    const int pattern_bytes = key_pattern<bpp>(color_key, pattern);
+    fill_color_key<V, bpp>(pattern, pattern_bytes, surface, width, height, stride);
+}
+template <class V> constexpr auto LoadColorKeyRgb32 = load_color_key<V, 4>;
+template <class V> constexpr auto LoadColorKeyRgb16 = load_color_key<V, 2>;
+template <class V> constexpr auto LoadColorKeyRgb24 = load_color_key<V, 3>;
 
 template <class V>
 void RelaceMaskWithColorKey(uint8_t* dst, uint8_t* mask, uint32_t mask_value, uint32_t key_value,
@@ -90,5 +87,4 @@ void RelaceMaskWithColorKey(uint8_t* dst, uint8_t* mask, uint32_t mask_value, ui
         V::replace_marked(mask, marker, key, dst, row_bytes);
 }
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

@@ -3,8 +3,7 @@
 #include "core/formats.hpp"
 #include "subpicture/color_key.hpp"
 
-namespace dispconv {
-namespace {
+namespace dispconv { namespace {
 
 using kernels::key_block;
 

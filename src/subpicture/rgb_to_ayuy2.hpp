@@ -8,8 +8,7 @@
 #include "core/formats.hpp"
 #include "dispconv.h"
 
-namespace dispconv::kernels {
-namespace {
+namespace dispconv::kernels { namespace {
 
 template <class V, class Format>
 void rgb_to_ayuy2(MIX_INFO* info) {
@@ -62,5 +61,4 @@ void Convert_RGB24_To_AYUY2(MIX_INFO* info) { rgb_to_ayuy2<V, Rgb24>(info); }
 template <class V>
 void Convert_RGB16_565_To_AYUY2(MIX_INFO* info) { rgb_to_ayuy2<V, Rgb16>(info); }
 
-}  // namespace
-}  // namespace dispconv::kernels
+} }  // namespace dispconv::kernels

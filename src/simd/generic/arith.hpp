@@ -12,8 +12,7 @@
 #include "core/rgb16.hpp"
 #include "simd/vec.hpp"
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 // A vector of any width (keeps these templates from matching other types).
 template <class V>
@@ -296,5 +295,4 @@ void for_lanes(F&& f) {
     [&]<int... k>(std::integer_sequence<int, k...>) { (f.template operator()<k>(), ...); }(std::make_integer_sequence<int, V::lanes>{});
 }
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd

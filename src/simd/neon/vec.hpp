@@ -10,8 +10,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 // TBL gives zero for an out-of-range index, as a byte shuffle with the top control bit does.
 inline constexpr bool has_byte_shuffle = true;
@@ -236,5 +235,4 @@ inline void store_block_quads(uint8_t* d, V16 a, V16 b, V16 c, V16 e) {
     V16::store(d, a), V16::store(d + 16, b), V16::store(d + 32, c), V16::store(d + 48, e);
 }
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd

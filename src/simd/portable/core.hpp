@@ -9,8 +9,7 @@
 #include "core/formats.hpp"
 #include "core/rgb16.hpp"
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 struct PortableCore {
     static void copy(const uint8_t* src, uint8_t* dst, int n) { std::memcpy(dst, src, n); }
@@ -95,5 +94,4 @@ struct PortableCore {
     }
 };
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd

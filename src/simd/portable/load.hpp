@@ -5,8 +5,7 @@
 #include "core/adjust.hpp"
 #include "simd/portable/core.hpp"
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 struct PortableLoad {
     // Rounded averages of neighbouring pairs: dst[i] = avg(src[2i], src[2i + 1]).
@@ -139,5 +138,4 @@ struct LoadRows {
     }
 };
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd

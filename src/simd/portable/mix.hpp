@@ -8,8 +8,7 @@
 #include "simd/portable/core.hpp"
 #include "simd/portable/load.hpp"
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 struct PortableMix {
     static constexpr int block = 16;  // pixels per block of the AYUY2 mixers
@@ -123,5 +122,4 @@ struct PortableMix {
     }
 };
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd

@@ -4,8 +4,7 @@
 #include "core/adjust.hpp"
 #include "simd/portable/core.hpp"
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 struct PortableStretch {
     // The four RGB rows of one source pair of the double-height stretch: luma rows top, avg(top,
@@ -207,5 +206,4 @@ private:
     }
 };
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd

@@ -7,8 +7,7 @@
 #include "core/rgb16.hpp"
 #include "simd/portable/core.hpp"
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 // One output of the RGB to sub-picture conversion: weights of blue, green and red in 1/1024,
 // and the bias ORed into the fourth byte, which then weighs 1024.
@@ -164,5 +163,4 @@ public:
     }
 };
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd

@@ -7,8 +7,7 @@
 #include "simd/portable.hpp"
 #include "simd/vec.hpp"
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 // Words holding bytes, adjusted and clamped as the narrowing to bytes would when Adjust says so.
 template <class Adjust, class V>
@@ -79,42 +78,35 @@ struct VectorCore : PortableCore {
     }
 
     static void split_yuy2(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int pixels) {
-        for_bytes<V>(
-            pixels,
-            [=]<class W>(int p) DISPCONV_VECTOR_STEP {
-                W first, second;
-                deal_pair<32>(W::load(src + 2 * p), W::load(src + 2 * p + W::bytes), first, second);
-                const Yuy2Planes<W> s = simd::split_yuy2(first, second);
-                W::store(y + p, s.y), store_low_halves(u + p / 2, s.u), store_low_halves(v + p / 2, s.v);
-            },
-            [&](int p) { PortableCore::split_yuy2(src + 2 * p, y + p, u + p / 2, v + p / 2, pixels - p); });
+        for_bytes<V>(pixels, [=]<class W>(int p) DISPCONV_VECTOR_STEP {
+            W first, second;
+            deal_pair<32>(W::load(src + 2 * p), W::load(src + 2 * p + W::bytes), first, second);
+            const Yuy2Planes<W> s = simd::split_yuy2(first, second);
+            W::store(y + p, s.y), store_low_halves(u + p / 2, s.u), store_low_halves(v + p / 2, s.v);
+        },
+        [&](int p) { PortableCore::split_yuy2(src + 2 * p, y + p, u + p / 2, v + p / 2, pixels - p); });
     }
 
     static void join_yuy2(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst, int pixels) {
-        for_bytes<V>(
-            pixels,
-            [=]<class W>(int p) DISPCONV_VECTOR_STEP {
-                W first, second;
-                simd::join_yuy2(W::load(y + p), W::load_half(u + p / 2), W::load_half(v + p / 2), first, second);
-                store_block_pairs(dst + 2 * p, first, second);
-            },
-            [&](int p) { PortableCore::join_yuy2(y + p, u + p / 2, v + p / 2, dst + 2 * p, pixels - p); });
+        for_bytes<V>(pixels, [=]<class W>(int p) DISPCONV_VECTOR_STEP {
+            W first, second;
+            simd::join_yuy2(W::load(y + p), W::load_half(u + p / 2), W::load_half(v + p / 2), first, second);
+            store_block_pairs(dst + 2 * p, first, second);
+        },
+        [&](int p) { PortableCore::join_yuy2(y + p, u + p / 2, v + p / 2, dst + 2 * p, pixels - p); });
     }
 
     template <class Format>
     static void yuv_to_rgb_store(const uint8_t* y, const uint8_t* u, const uint8_t* v, int pixels, uint8_t* dst,
                                  const Rgb16Layout& layout) {
         constexpr int bpp = Format::bytes_per_pixel;
-        for_bytes<V>(
-            pixels,
-            [=]<class W>(int p) DISPCONV_VECTOR_STEP {
-                const AdjustVec<W> none{};
-                store_planar_rgb<Format, Plain>(dst + p * bpp, y + p, planar_chroma_terms<Format, Plain>(u + p / 2, v + p / 2, none),
-                                                none, rgb16_vec<W>(layout));
-            },
-            [&](int p) { PortableCore::yuv_to_rgb_store<Format>(y + p, u + p / 2, v + p / 2, pixels - p, dst + p * bpp, layout); });
+        for_bytes<V>(pixels, [=]<class W>(int p) DISPCONV_VECTOR_STEP {
+            const AdjustVec<W> none{};
+            store_planar_rgb<Format, Plain>(dst + p * bpp, y + p, planar_chroma_terms<Format, Plain>(u + p / 2, v + p / 2, none),
+                                            none, rgb16_vec<W>(layout));
+        },
+        [&](int p) { PortableCore::yuv_to_rgb_store<Format>(y + p, u + p / 2, v + p / 2, pixels - p, dst + p * bpp, layout); });
     }
 };
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd

@@ -7,8 +7,7 @@
 #include "simd/portable/load.hpp"
 #include "simd/vector/core.hpp"
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 // Rounded averages of neighbouring byte pairs, as words.
 template <class V>
@@ -173,5 +172,4 @@ struct VectorLoad : PortableLoad {
     }
 };
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd

@@ -7,8 +7,7 @@
 #include "mix/row.hpp"
 #include "simd/vector/core.hpp"
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 // The blend step with its words clamped as a narrowing to bytes would (they are never
 // negative), ready for the adjustment.
@@ -159,5 +158,4 @@ struct VectorMix {
     }
 };
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd

@@ -7,8 +7,7 @@
 #include <cstdint>
 #include "simd/vector/core.hpp"
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 namespace stretch_steps {
 
 // Runs whose vectors read the byte after them: whole vectors while a byte follows, then
@@ -386,5 +385,4 @@ private:
     }
 };
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd

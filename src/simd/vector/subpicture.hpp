@@ -8,8 +8,7 @@
 #include "core/formats.hpp"
 #include "simd/vector/core.hpp"
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 // One output of the RGB to sub-picture conversion as (blue, green, red, 1024) word quadruples
 // and its bias in the fourth word.
@@ -261,5 +260,4 @@ struct VectorSubpicture {
     }
 };
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd

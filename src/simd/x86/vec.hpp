@@ -18,8 +18,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace dispconv::simd {
-namespace {
+namespace dispconv::simd { namespace {
 
 // Whether this unit has in-lane byte shuffles (SSSE3 and later; not plain SSE2).
 #if defined(__SSSE3__)
@@ -515,5 +514,4 @@ inline void store_block_quads(uint8_t* d, Vec<64> a, Vec<64> b, Vec<64> c, Vec<6
 }
 #endif
 
-}  // namespace
-}  // namespace dispconv::simd
+} }  // namespace dispconv::simd
