@@ -102,20 +102,32 @@ template <int k, class W>
 DISPCONV_VECTOR_INLINE W bit_set_u8(W j) {
     return cmpgt_i8(W::zero(), slli_i16<7 - k>(j));
 }
+// The differences |a[d + k] - b[-d + k]| for the positions at a and b, k = 0 .. 3. With byte
+// shuffles the middle two come from the first and last; reads from -2 to 5 after the positions.
+template <class W>
+DISPCONV_VECTOR_INLINE void direction_differences(const uint8_t* a, const uint8_t* b, int d, W diff[4]) {
+    auto at = [&](int k) { return abs_diff_bytes(W::load(a + d + k), W::load(b - d + k)); };
+    if constexpr (has_byte_shuffle) {
+        diff[0] = at(0), diff[3] = at(3);
+        const W next = bsrli<13>(diff[3]);  // the lane's next positions, 16 to 18
+        diff[1] = alignr<1>(next, diff[0]), diff[2] = alignr<2>(next, diff[0]);
+    } else {
+        for (int k = 0; k < 4; ++k) diff[k] = at(k);
+    }
+}
 // Edge-directed interpolation of the W::bytes positions at a and b (whole groups of four).
-// The rows are loaded once at each offset -2 .. 5; direction j pairs a at d + k with b at
-// -d + k (d = j - 2). Its costs, sums of four differences, come as pairs of pairs: words for
-// the even positions and for the odd ones.
+// Direction j pairs a at d + k with b at -d + k (d = j - 2). Its costs, sums of four
+// differences, come as pairs of pairs: words for the even positions and for the odd ones.
 template <class W>
 DISPCONV_VECTOR_INLINE W edge_interpolated(const uint8_t* a, const uint8_t* b) {
-    W ra[8], rb[8];
-    for (int e = 0; e < 8; ++e) ra[e] = W::load(a + e - 2), rb[e] = W::load(b + e - 2);
     W best_even, best_odd, averages[5];
     for (int j = 0; j < 5; ++j) {
         const int d = j - 2;
-        auto pairs = [&](int k) { return sum_pairs_u8(abs_diff_bytes(ra[2 + d + k], rb[2 - d + k])); };
-        const W even = add_i16(pairs(0), pairs(2)), odd = add_i16(pairs(1), pairs(3));
-        averages[j] = average_u8(ra[2 + d], rb[2 - d]);
+        W diff[4];
+        direction_differences(a, b, d, diff);
+        const W even = add_i16(sum_pairs_u8(diff[0]), sum_pairs_u8(diff[2]));
+        const W odd = add_i16(sum_pairs_u8(diff[1]), sum_pairs_u8(diff[3]));
+        averages[j] = average_u8(W::load(a + d), W::load(b - d));
         // The search key cost * 8 + j makes the lowest j win a tie.
         W key_even = slli_i16<3>(even), key_odd = slli_i16<3>(odd);
         if (j > 0) key_even = add_i16(key_even, W::set1_i16(int16_t(j))), key_odd = add_i16(key_odd, W::set1_i16(int16_t(j)));
