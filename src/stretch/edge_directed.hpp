@@ -7,58 +7,67 @@
 namespace dispconv::kernels { namespace {
 
 constexpr int edge_block = 16;  // pixels
-
-// The row routines: each writes one destination row from the luma row `y` and the chroma
-// rows `u`, `v`; an interpolating routine also reads the row below (2 * chroma_step bytes
-// below for luma, chroma_step for chroma).
 // Runs of blocks go to the vocabulary together, up to this many blocks per call.
 constexpr uint32_t edge_chunk = 32;
+// Rows up to this many pixels keep their interpolated chroma for the next row, which has the
+// same chroma rows.
+constexpr uint32_t edge_kept_pixels = 4096;
 
-template <class V>
-void stretch_row_copy(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst,
-                      int32_t width, ptrdiff_t, const AdjustConstants& a) {
-    constexpr int n = edge_block, c = edge_block / 2;
-    const uint32_t blocks = loop_count(width, n);
-    for (uint32_t i = 0; i < blocks; i += edge_chunk) {
-        const int count = int(blocks - i < edge_chunk ? blocks - i : edge_chunk);
-        uint8_t yb[edge_chunk * n], ub[edge_chunk * c], vb[edge_chunk * c];
-        adjust_yuv<V>(y + ptrdiff_t(i) * n, u + ptrdiff_t(i) * c, v + ptrdiff_t(i) * c, yb, ub, vb, count * n, a);
-        V::join_yuy2(yb, ub, vb, dst + ptrdiff_t(i) * 2 * n, count * n);
-    }
+// The chunks of an interpolated row of `blocks` blocks: the first block, the middle blocks up
+// to edge_chunk at a time, the last block; f(first, count, middle). Only the middle blocks are
+// edge-directed, so that the search never reads outside the row.
+template <class F>
+void for_edge_chunks(uint32_t blocks, F&& f) {
+    f(0u, 1u, false);
+    for (uint32_t i = 1; i + 1 < blocks; i += edge_chunk) f(i, blocks - 1 - i < edge_chunk ? blocks - 1 - i : edge_chunk, true);
+    f(blocks - 1, 1u, false);
 }
 
-// n samples at `src`: a copy, or interpolated with the row `step` below it (edge-directed
-// in the middle blocks, the plain average in the first and last blocks so that the search
-// never reads outside the row).
+// n samples at `src` interpolated with the row `step` below it.
 template <class V>
-void interpolated_run(const uint8_t* src, ptrdiff_t step, bool interpolate, bool edge_directed,
-                      uint8_t* out, int n) {
-    if (!interpolate) return V::copy(src, out, n);
+void interpolated_run(const uint8_t* src, ptrdiff_t step, bool edge_directed, uint8_t* out, int n) {
     if (edge_directed) return V::edge_interpolate(src, src + step, out, n);
     V::average(src, src + step, out, n);
 }
 
-template <class V, bool luma_interp, bool chroma_interp>
-void stretch_row_interp(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst,
-                        int32_t width, ptrdiff_t chroma_step, const AdjustConstants& a) {
+// Both chroma rows `u`, `v` interpolated with the rows `step` below them, chunk by chunk.
+template <class V>
+void interpolated_chroma(const uint8_t* u, const uint8_t* v, ptrdiff_t step, uint32_t first, uint32_t count,
+                         bool middle, uint8_t* ub, uint8_t* vb) {
+    constexpr int c = edge_block / 2;
+    interpolated_run<V>(u + ptrdiff_t(first) * c, step, middle, ub, int(count) * c);
+    interpolated_run<V>(v + ptrdiff_t(first) * c, step, middle, vb, int(count) * c);
+}
+
+// Chroma for a row: the source rows, interpolated ones made per chunk, or whole interpolated
+// rows made earlier (`kept`, U then V).
+struct EdgeChroma {
+    const uint8_t *u, *v;
+    bool interpolate;
+    const uint8_t* kept;
+};
+
+// One destination row from the luma row `y` (interpolated with the row below when
+// `luma_interp`) and the chroma, adjusted and joined chunk by chunk.
+template <class V>
+void stretch_row(const uint8_t* y, bool luma_interp, const EdgeChroma& chroma, uint8_t* dst, int32_t width,
+                 ptrdiff_t chroma_step, const AdjustConstants& a) {
     constexpr int n = edge_block, c = edge_block / 2;
-    const ptrdiff_t luma_step = 2 * chroma_step;
-    // Blocks first .. first + count - 1, edge-directed when `middle`.
-    auto blocks_at = [&](uint32_t first, uint32_t count, bool middle) {
-        uint8_t yb[edge_chunk * n], ub[edge_chunk * c], vb[edge_chunk * c];
-        const int ny = int(count) * n, nc = int(count) * c;
-        interpolated_run<V>(y + ptrdiff_t(first) * n, luma_step, luma_interp, middle, yb, ny);
-        interpolated_run<V>(u + ptrdiff_t(first) * c, chroma_step, chroma_interp, middle, ub, nc);
-        interpolated_run<V>(v + ptrdiff_t(first) * c, chroma_step, chroma_interp, middle, vb, nc);
-        adjust_yuv<V>(yb, ub, vb, yb, ub, vb, ny, a);
-        V::join_yuy2(yb, ub, vb, dst + ptrdiff_t(first) * 2 * n, ny);
-    };
-    // First block, at least one middle block, last block.
+    if (!luma_interp && !chroma.interpolate)
+        return V::planar_row_to_yuy2_adjusted(y, chroma.u, chroma.v, dst, loop_count(width, n), a);
     const uint32_t blocks = loop_count(width - 2 * n, n) + 2;
-    blocks_at(0, 1, false);
-    for (uint32_t i = 1; i + 1 < blocks; i += edge_chunk)
-        blocks_at(i, blocks - 1 - i < edge_chunk ? blocks - 1 - i : edge_chunk, true);
-    blocks_at(blocks - 1, 1, false);
+    for_edge_chunks(blocks, [&](uint32_t first, uint32_t count, bool middle) {
+        uint8_t yb[edge_chunk * n], ub[edge_chunk * c], vb[edge_chunk * c];
+        const uint8_t* yp = y + ptrdiff_t(first) * n;
+        if (luma_interp) interpolated_run<V>(yp, 2 * chroma_step, middle, yb, int(count) * n), yp = yb;
+        const uint8_t *up = chroma.u + ptrdiff_t(first) * c, *vp = chroma.v + ptrdiff_t(first) * c;
+        if (chroma.kept) {
+            up = chroma.kept + ptrdiff_t(first) * c, vp = up + ptrdiff_t(blocks) * c;
+        } else if (chroma.interpolate) {
+            interpolated_chroma<V>(chroma.u, chroma.v, chroma_step, first, count, middle, ub, vb), up = ub, vp = vb;
+        }
+        V::planar_row_to_yuy2_adjusted(yp, up, vp, dst + ptrdiff_t(first) * 2 * n, count, a);
+    });
 }
 
 template <class V>
@@ -79,18 +88,28 @@ void strech_opt_yuy2_ajust(tagVideoFrame* frame, int32_t start_line, int32_t hei
     const uint8_t* v0 = frame->plane_v + (luma_offset >> 2);
     const ptrdiff_t chroma_step = row_step >> 1;
 
-    using Routine = void (*)(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, int32_t,
-                             ptrdiff_t, const AdjustConstants&);
     // The double-height schedule; a row between two source rows of a plane is interpolated.
+    // Two neighbouring destination rows share their chroma rows: the interpolated chroma of
+    // the first is kept for the second.
+    const uint32_t blocks = loop_count(w - 2 * edge_block, edge_block) + 2;
+    const bool keep = blocks <= edge_kept_pixels / edge_block;
+    uint8_t kept[edge_kept_pixels];
+    int32_t kept_row = -1;
     double_height_rows(height >> 1, [&](int32_t out_row, Taps luma, Taps chroma) {
-        const bool luma_interp = luma.count == 2, chroma_interp = chroma.count == 2;
-        const Routine routine = !luma_interp && !chroma_interp ? stretch_row_copy<V>
-                                : !chroma_interp             ? stretch_row_interp<V, true, false>
-                                : !luma_interp               ? stretch_row_interp<V, false, true>
-                                                             : stretch_row_interp<V, true, true>;
-        routine(y0 + luma.first * row_step, u0 + chroma.first * chroma_step,
-                v0 + chroma.first * chroma_step, dst + ptrdiff_t(out_row) * dst_stride, w,
-                chroma_step, a);
+        const uint8_t* u = u0 + chroma.first * chroma_step;
+        const uint8_t* v = v0 + chroma.first * chroma_step;
+        EdgeChroma c{u, v, chroma.count == 2, nullptr};
+        if (c.interpolate && keep) {
+            if (kept_row != chroma.first)
+                for_edge_chunks(blocks, [&](uint32_t first, uint32_t count, bool middle) {
+                    constexpr int n = edge_block / 2;
+                    interpolated_chroma<V>(u, v, chroma_step, first, count, middle, kept + first * n,
+                                           kept + (blocks + first) * n);
+                });
+            kept_row = chroma.first, c.kept = kept;
+        }
+        stretch_row<V>(y0 + luma.first * row_step, luma.count == 2, c, dst + ptrdiff_t(out_row) * dst_stride, w,
+                       chroma_step, a);
     });
 }
 

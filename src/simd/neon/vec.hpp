@@ -206,10 +206,8 @@ inline void deal_pair(V16 a, V16 b, V16& lo, V16& hi) { lo = a, hi = b; }
 inline void store_low_halves(uint8_t* d, V16 v) { vst1_u8(d, vget_low_u8(v.r)); }
 inline V16 next_lanes(V16, V16 b) { return b; }
 inline void interleave_lanes(V16 lo, V16 hi, V16& first, V16& second) { first = lo, second = hi; }
-template <class V>
-V load_staggered(const void* p);
-template <>
-inline V16 load_staggered<V16>(const void* p) { return V16::load(p); }
+// Each pair of bytes summed into a word: byte 2k plus byte 2k + 1.
+inline V16 sum_pairs_u8(V16 a) { return of(vpaddlq_u8(a.r)); }
 
 // Primitives first needed by the sub-picture operations.
 

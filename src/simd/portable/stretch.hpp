@@ -146,8 +146,7 @@ struct PortableStretch {
     // Edge-directed interpolation between rows a (above) and b (below), n a multiple of 4,
     // group by group. A quiet group (summed difference at most 32) is averaged vertically;
     // otherwise each sample is averaged along the cheapest of five directions. Reads a and b
-    // from 2 samples before the run to 5 after it; callers keep 4 before and 8 after readable,
-    // which the vector versions use.
+    // from 2 samples before the run to 5 after it.
     static void edge_interpolate(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n) {
         constexpr int quiet_limit = 32;
         for (int x = 0; x < n; x += 4) {

@@ -92,59 +92,59 @@ DISPCONV_VECTOR_INLINE void doubled_yuy2_pairs(W s, W s2, W s4, W& first, W& sec
     interleave_lanes(lo, hi, first, second);
 }
 
-// The rows around eight positions per lane: `early` holds samples -4 .. 11, `late` 0 .. 15,
-// so every direction's eleven samples come from one of them without reading past sample 15.
-template <class W>
-struct Around {
-    W early, late;
-};
-// Samples d .. d + 15 of a row for offsets -2 .. 2 (the top bytes beyond sample 12 are unused).
-template <class W>
-DISPCONV_VECTOR_INLINE W at_offset(const Around<W>& r, int d) {
-    switch (d) {
-        case -2: return bsrli<2>(r.early);
-        case -1: return bsrli<3>(r.early);
-        case 0: return r.late;
-        case 1: return bsrli<1>(r.late);
-        default: return bsrli<2>(r.late);
-    }
-}
 template <class W>
 DISPCONV_VECTOR_INLINE W abs_diff_bytes(W x, W y) {
     return subs_u8(x, y) | subs_u8(y, x);
 }
-// Sums of four neighbouring bytes of `d` (bytes 0..10) as 8 words, sum k = bytes k..k+3.
-template <class W>
-DISPCONV_VECTOR_INLINE W sums_of_four(W d) {
-    const W z = W::zero();
-    return add_i16(add_i16(unpacklo_u8(d, z), unpacklo_u8(bsrli<1>(d), z)),
-                   add_i16(unpacklo_u8(bsrli<2>(d), z), unpacklo_u8(bsrli<3>(d), z)));
+// Bytes where bit k of the byte of `j` is set.
+template <int k, class W>
+DISPCONV_VECTOR_INLINE W bit_set_u8(W j) {
+    return cmpgt_i8(W::zero(), slli_i16<7 - k>(j));
 }
-// Edge-directed interpolation of eight positions (two groups of four) per lane, as 8 bytes
-// in each lane's low half.
+// The differences |a[d + k] - b[-d + k]| for the positions at a and b, k = 0 .. 3. With byte
+// shuffles the middle two come from the first and last; reads from -2 to 5 after the positions.
 template <class W>
-DISPCONV_VECTOR_INLINE W edge_interpolate_8(const Around<W>& a, const Around<W>& b) {
-    W best = W::set1_i16(0x7FFF);
-    W averages[5];
+DISPCONV_VECTOR_INLINE void direction_differences(const uint8_t* a, const uint8_t* b, int d, W diff[4]) {
+    auto at = [&](int k) { return abs_diff_bytes(W::load(a + d + k), W::load(b - d + k)); };
+    if constexpr (has_byte_shuffle) {
+        diff[0] = at(0), diff[3] = at(3);
+        const W next = bsrli<13>(diff[3]);  // the lane's next positions, 16 to 18
+        diff[1] = alignr<1>(next, diff[0]), diff[2] = alignr<2>(next, diff[0]);
+    } else {
+        for (int k = 0; k < 4; ++k) diff[k] = at(k);
+    }
+}
+// Edge-directed interpolation of the W::bytes positions at a and b (whole groups of four).
+// Direction j pairs a at d + k with b at -d + k (d = j - 2). Its costs, sums of four
+// differences, come as pairs of pairs: words for the even positions and for the odd ones.
+template <class W>
+DISPCONV_VECTOR_INLINE W edge_interpolated(const uint8_t* a, const uint8_t* b) {
+    W best_even, best_odd, averages[5];
     for (int j = 0; j < 5; ++j) {
         const int d = j - 2;
-        const W ad = at_offset(a, d), bd = at_offset(b, -d);
-        averages[j] = average_u8(ad, bd);
-        const W key = add_i16(slli_i16<3>(sums_of_four(abs_diff_bytes(ad, bd))), W::set1_i16(int16_t(j)));
-        best = min_i16(best, key);
+        W diff[4];
+        direction_differences(a, b, d, diff);
+        const W even = add_i16(sum_pairs_u8(diff[0]), sum_pairs_u8(diff[2]));
+        const W odd = add_i16(sum_pairs_u8(diff[1]), sum_pairs_u8(diff[3]));
+        averages[j] = average_u8(W::load(a + d), W::load(b - d));
+        // The search key cost * 8 + j makes the lowest j win a tie.
+        W key_even = slli_i16<3>(even), key_odd = slli_i16<3>(odd);
+        if (j > 0) key_even = add_i16(key_even, W::set1_i16(int16_t(j))), key_odd = add_i16(key_odd, W::set1_i16(int16_t(j)));
         if (j == 2) {
-            // A group's activity is its first position's vertical cost; quiet groups take j = 2.
-            const W activity = shufflehi_u16<0>(shufflelo_u16<0>(srli_i16<3>(key)));
-            const W quiet = cmpgt_i16(W::set1_i16(33), activity);
-            best = andnot(quiet, best) | (quiet & W::set1_i16(2));
+            // A group's activity is its first position's vertical cost; a quiet group's key
+            // is made the least, keeping j = 2 in its low bits.
+            const W activity = shufflehi_u16<0xA0>(shufflelo_u16<0xA0>(even));
+            const W quiet = cmpgt_i16(W::set1_i16(33), activity) & W::set1_i16(0x4000);
+            key_even = sub_i16(key_even, quiet), key_odd = sub_i16(key_odd, quiet);
         }
+        best_even = j == 0 ? key_even : min_i16(best_even, key_even);
+        best_odd = j == 0 ? key_odd : min_i16(best_odd, key_odd);
     }
-    // Quiet lanes hold 2 exactly; searched lanes a key whose low 3 bits are the direction.
-    const W j8 = best & W::set1_i16(7);
-    const W j_bytes = packus_i16(j8, j8);
-    W out = W::zero();
-    for (int j = 0; j < 5; ++j) out = out | (cmpeq_u8(j_bytes, W::set1_u8(uint8_t(j))) & averages[j]);
-    return out;
+    // Each position's direction in the low bits of its byte, picked bit by bit.
+    const W dir = (best_even & low_bytes_mask<W>()) | slli_i16<8>(best_odd);
+    const W bit0 = bit_set_u8<0>(dir);
+    const W low = blend_u8(blend_u8(averages[0], averages[1], bit0), blend_u8(averages[2], averages[3], bit0), bit_set_u8<1>(dir));
+    return blend_u8(low, averages[4], bit_set_u8<2>(dir));
 }
 
 }  // namespace stretch_steps
@@ -289,20 +289,15 @@ struct VectorStretch : PortableStretch {
                      [&](int i) { PortableCore::average(copy + i, h + i, between + i, 2 * n - i); });
     }
 
-    // Eight positions per lane; reads a and b from 4 samples before each eight to 16 after
-    // their start, inside the rows the caller guarantees (2 before, 5 after) only when n is a
-    // multiple of 8 and the row extends 8 samples beyond the run.
+    // Reads a and b from 2 samples before the run to 5 after it, as the reference does; a
+    // run that is not a whole number of 16 ends with its last 16 positions again.
     static void edge_interpolate(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n) {
         using namespace stretch_steps;
-        const uint32_t eights = n > 0 ? uint32_t(n) / 8 : 0;
-        for_blocks<V>(eights, [=]<class W>(uint32_t k) DISPCONV_VECTOR_STEP {
-            const int x = 8 * int(k);
-            const Around<W> ra{load_staggered<W>(a + x - 4), load_staggered<W>(a + x)};
-            const Around<W> rb{load_staggered<W>(b + x - 4), load_staggered<W>(b + x)};
-            store_low_halves(dst + x, edge_interpolate_8(ra, rb));
+        auto step = [=]<class W>(int x) DISPCONV_VECTOR_STEP { W::store(dst + x, edge_interpolated<W>(a + x, b + x)); };
+        for_bytes<V>(n, step, [&](int x) {
+            if (n >= 16) step.template operator()<Vec<16>>(n - 16);
+            else PortableStretch::edge_interpolate(a + x, b + x, dst + x, n - x);
         });
-        const int x = 8 * int(eights);
-        if (x < n) PortableStretch::edge_interpolate(a + x, b + x, dst + x, n - x);
     }
 
 private:

@@ -407,31 +407,23 @@ inline void store_low_halves(uint8_t* d, Vec<64> v) {
 // The vector one lane further along the run a, b: lane k holds a's lane k + 1, the top lane
 // b's lane 0. One lane: b.
 inline Vec<16> next_lanes(Vec<16>, Vec<16> b) { return b; }
-// Lane k loads the 16 bytes at p + 8k (overlapping windows of a row).
-template <class V>
-V load_staggered(const void* p);
-template <>
-inline Vec<16> load_staggered<Vec<16>>(const void* p) { return Vec<16>::load(p); }
+// Each pair of bytes summed into a word: byte 2k plus byte 2k + 1.
+inline Vec<16> sum_pairs_u8(Vec<16> a) {
+#if defined(__SSSE3__)
+    return {_mm_maddubs_epi16(a.r, _mm_set1_epi8(1))};
+#else
+    return {_mm_add_epi16(_mm_and_si128(a.r, _mm_set1_epi16(0xFF)), _mm_srli_epi16(a.r, 8))};
+#endif
+}
 #if defined(__AVX2__)
 inline Vec<32> next_lanes(Vec<32> a, Vec<32> b) { return {_mm256_permute2x128_si256(a.r, b.r, 0x21)}; }
-template <>
-inline Vec<32> load_staggered<Vec<32>>(const void* p) {
-    const auto* q = static_cast<const uint8_t*>(p);
-    return {_mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(q + 8), reinterpret_cast<const __m128i*>(q))};
-}
+inline Vec<32> sum_pairs_u8(Vec<32> a) { return {_mm256_maddubs_epi16(a.r, _mm256_set1_epi8(1))}; }
 #endif
 #if defined(__AVX512BW__)
 inline Vec<64> next_lanes(Vec<64> a, Vec<64> b) {
     return {_mm512_permutex2var_epi64(a.r, _mm512_setr_epi64(2, 3, 4, 5, 6, 7, 8, 9), b.r)};
 }
-template <>
-inline Vec<64> load_staggered<Vec<64>>(const void* p) {
-    const auto* q = static_cast<const uint8_t*>(p);
-    const __m512i first = _mm512_castsi256_si512(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(q)));
-    const __m512i all = _mm512_inserti64x4(first, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(q + 8)), 1);
-    // lanes: q[0..15], q[8..23], q[16..31], q[24..39]
-    return {_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 1, 1, 2, 2, 3, 6, 7), all)};
-}
+inline Vec<64> sum_pairs_u8(Vec<64> a) { return {_mm512_maddubs_epi16(a.r, _mm512_set1_epi8(1))}; }
 #endif
 
 // Primitives first needed by the sub-picture operations.
