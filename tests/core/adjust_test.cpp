@@ -29,6 +29,8 @@ TEST(Adjust, SettingsArithmetic) {
     split.luma_offset_extra = 5;
     split.u_offset_extra = -3;
     split.v_offset_extra = 0x10002;  // only the low 16 bits count: +2
+    ajust_contrast_info placed = settings(64, 64, 7);  // the other fields play no part
+    placed.rgb16_layout = 3, placed.reserved = 99, placed.dst_plane_height = 1000, placed.dst_luma_height = -5;
     const Case cases[] = {
         {settings(), 200, 17, 240, {200, 17, 240}},             // neutral
         {settings(128), 200, 128, 128, {255, 128, 128}},        // 400 saturates
@@ -38,6 +40,7 @@ TEST(Adjust, SettingsArithmetic) {
         {settings(300), 255, 128, 128, {171, 128, 128}},        // product wraps at 16 bits
         {settings(64, 64, -20), 10, 128, 128, {0, 128, 128}},   // negative clamps to 0
         {split, 100, 100, 100, {115, 97, 102}},
+        {placed, 50, 60, 70, {57, 60, 70}},
     };
     for (const Case& c : cases) {
         ajust_contrast_info s = c.s;
@@ -47,21 +50,6 @@ TEST(Adjust, SettingsArithmetic) {
         EXPECT_EQ(got.u, c.want.u) << "chroma gain " << c.s.chroma_gain;
         EXPECT_EQ(got.v, c.want.v) << "chroma gain " << c.s.chroma_gain;
     }
-}
-
-TEST(Adjust, IgnoresLayoutAndPlacementFields) {
-    ajust_contrast_info s = settings(64, 64, 7);
-    get_contrast_data(&s);
-    const Adjusted before = adjust_through_kernel(50, 60, 70);
-    s.rgb16_layout = 3;
-    s.reserved = 99;
-    s.dst_plane_height = 1000;
-    s.dst_luma_height = -5;
-    get_contrast_data(&s);
-    const Adjusted after = adjust_through_kernel(50, 60, 70);
-    EXPECT_EQ(before.y, 57);
-    EXPECT_EQ(after.y, before.y);
-    EXPECT_EQ(after.u, before.u);
 }
 
 }  // namespace

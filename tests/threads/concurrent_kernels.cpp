@@ -176,8 +176,6 @@ int main(int argc, char** argv) {
         uint32_t met = 0;
         int bad = 0;
         for (int t = 0; t < threads; ++t) met |= seen[t][j], bad += impossible[t][j];
-        std::printf("%-40s %2d distinct outputs under changing settings\n", kernel_name(all[j].call.kernel),
-                    __builtin_popcount(met));
         if (bad) {
             std::printf("FAIL %s: %d calls gave an output no combination of old and new constants gives\n",
                         describe(all[j].call).c_str(), bad);

@@ -98,25 +98,6 @@ void write_rgba_png(const std::string& path) {
     ASSERT_TRUE(png_image_write_to_file(&image, path.c_str(), 0, rgba.data(), 0, nullptr));
 }
 
-std::string be32(uint32_t v) { return {char(v >> 24), char(v >> 16), char(v >> 8), char(v)}; }
-
-std::string png_chunk(const std::string& type, const std::string& data) {
-    uint32_t crc = 0xFFFFFFFFu;
-    for (unsigned char byte : type + data) {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
-    }
-    return be32(static_cast<uint32_t>(data.size())) + type + data + be32(~crc);
-}
-
-// A PNG whose header announces width x height, with an image data chunk far too short for it:
-// enough for a reader to learn the size.
-std::string png_header_only(uint32_t width, uint32_t height) {
-    const std::string ihdr = be32(width) + be32(height) + std::string("\x08\x02\0\0\0", 5);  // 8-bit RGB
-    return "\x89PNG\r\n\x1a\n" + png_chunk("IHDR", ihdr) + png_chunk("IDAT", std::string("\x78\x01", 2)) +
-           png_chunk("IEND", "");
-}
-
 // The readers' and the parser's own refusals are checked in their suites; here one of each kind
 // of failure shows the program's handling: one line, the exit status, nothing left behind.
 TEST(Program, BadInputGivesOneLineAndLeavesNothingBehind) {
@@ -127,10 +108,6 @@ TEST(Program, BadInputGivesOneLineAndLeavesNothingBehind) {
     write_file(scratch / "good.y4m", y4m_header(64, 32, "420") + frame);
     write_file(scratch / "good422.y4m", y4m_header(64, 32, "422") + y4m_frame(test_picture(64, 32, Chroma::c422, 0)));
     write_file(scratch / "fake.png", "GIF89a this is no PNG");
-    std::string cut_png = "\x89PNG\r\n\x1a\n";
-    cut_png += std::string("\0\0\0\x0dIHDR", 8);
-    write_file(scratch / "cut.png", cut_png);
-    write_file(scratch / "huge.png", png_header_only(16384, 16384));
     write_rgba_png(scratch / "bar.png");
 
     struct Case {
@@ -147,10 +124,15 @@ TEST(Program, BadInputGivesOneLineAndLeavesNothingBehind) {
         {"'" + d + "text.y4m'", 1, "not a YUV4MPEG2 file"},
         {"'" + d + "truncated.y4m'", 1, "frame 3 is truncated"},
         {"--subpicture '" + d + "fake.png' '" + d + "good.y4m'", 1, "is not a PNG file"},
-        {"--subpicture '" + d + "cut.png' '" + d + "good.y4m'", 1, "damaged PNG"},
-        {"--subpicture '" + d + "none.png' '" + d + "good.y4m'", 1, "cannot read"},
-        {"--subpicture '" + d + "huge.png' '" + d + "good.y4m'", 1, "unsupported size 16384x16384"},
         {"--frobnicate", 2, "unknown option '--frobnicate'"},
+        {"-f rgb16", 2, "unknown surface format 'rgb16'"},
+        {"-s 3x3", 2, "unknown stretch '3x3'"},
+        {"--contrast 5", 2, "--contrast must lie between 0 and 4"},
+        {"-n 0", 2, "--frames must lie between"},
+        {"--size big", 2, "--size needs WIDTHxHEIGHT"},
+        {"a.y4m b.y4m", 2, "unexpected argument 'b.y4m'"},
+        {"--subpicture s.png --no-subpicture", 2, "contradict"},
+        {"--subpicture-at 10,20", 2, "--subpicture-at needs --subpicture"},
         {"--isa mmx", 2, "unknown instruction set 'mmx' for --isa"},
         {"--isa " + missing_isa, 2, "--isa " + missing_isa + " is not available here"},
         {"-f rgb32 -o '" + d + "out/x.y4m'", 2, "needs a yuy2 or yv12 surface"},
@@ -158,7 +140,6 @@ TEST(Program, BadInputGivesOneLineAndLeavesNothingBehind) {
         {"-f yv12 '" + d + "good422.y4m'", 2, "-f yv12 needs a 4:2:0 input"},
         {"-f yv12 -s edge", 2, "-s edge cannot write a yv12 surface"},
         {"--interlaced --no-subpicture", 2, "--interlaced needs a sub-picture"},
-        {"--interlaced -s 2x2", 2, "--interlaced needs a sub-picture"},
         {"--subpicture-at 64,0 --subpicture '" + d + "bar.png' '" + d + "good.y4m'", 2, "lies outside the 64x32 frame"},
     };
     for (const Case& c : cases) {
@@ -173,61 +154,22 @@ TEST(Program, BadInputGivesOneLineAndLeavesNothingBehind) {
     }
 }
 
-// Stretches, sub-pictures and fields: each run succeeds and writes pictures of the size its
-// stretch and field choice give.
-TEST(Program, StretchesAndSubPicturesWriteTheirPictureSize) {
+// Every instruction set the CPU runs gives the same pictures, and the summary names the one
+// used; standard output carries what a file would.
+TEST(Program, IsaOptionChoosesTheKernelsAndStandardOutputIsTheFile) {
     ScratchDir scratch;
-    write_rgba_png(scratch / "bar.png");
-    struct Case {
-        std::string args;
-        int width, height;
-    };
-    const Case cases[] = {
-        {"-s 1x2", 100, 120},
-        {"-s 1x2-filter -f yuy2", 100, 120},
-        {"-s 2x2 -f rgb565", 200, 120},
-        {"-s edge -f rgb24", 100, 120},
-        {"-s edge --interlaced", 100, 60},
-        {"-s 2x2 -f yv12 --contrast 1.2", 200, 120},
-        {"--subpicture '" + (scratch / "bar.png") + "' -f yuy2", 100, 60},
-        {"--interlaced=bottom -f rgb32", 100, 60},
-        {"--interlaced -f yv12 --brightness 10", 100, 60},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.args);
-        const std::string out = scratch / "out";
-        const Result r = run_program(c.args + " -n 2 --size 100x60 -o '" + out + "'", scratch);
-        ASSERT_EQ(r.status, 0) << r.err;
-        const RgbaPicture picture = read_png(out + "/frame_0002.png");
-        EXPECT_EQ(picture.width, c.width);
-        EXPECT_EQ(picture.height, c.height);
-        std::filesystem::remove_all(out);
-    }
-}
-
-// Every instruction set the CPU runs gives the same pictures, and the summary names the one used.
-TEST(Program, IsaOptionChoosesTheKernels) {
-    ScratchDir scratch;
-    std::string first;
+    const std::string args = "-n 2 --size 70x30 -f yuy2 -s edge --no-subpicture ";
+    ASSERT_EQ(run_program("-q " + args + "-o '" + (scratch / "file.y4m") + "'", scratch).status, 0);
+    const std::string file = read_file(scratch / "file.y4m");
     for (const IsaName& n : isa_names) {
         if (n.bit && !(dispconv_isa_available() & n.bit)) continue;
         SCOPED_TRACE(n.name);
-        const Result r = run_program(std::string("-n 2 --size 70x30 -f yuy2 -s edge --no-subpicture -o - --isa ") + n.name, scratch);
+        const Result r = run_program(args + "-o - --isa " + n.name, scratch);
         ASSERT_EQ(r.status, 0) << r.err;
         EXPECT_NE(r.err.find(std::string("; ") + n.name + " kernels strech_opt_yuy2_ajust:"), std::string::npos) << r.err;
-        if (first.empty()) first = r.out;
-        EXPECT_EQ(r.out, first);
+        EXPECT_NE(r.err.find("wrote YUV4MPEG2 to standard output"), std::string::npos) << r.err;
+        EXPECT_EQ(r.out, file);
     }
-}
-
-TEST(Program, StandardOutputCarriesWhatAY4mFileWould) {
-    ScratchDir scratch;
-    const std::string args = "-n 3 --size 70x30 -f yuy2 -s 1x2 ";
-    ASSERT_EQ(run_program("-q " + args + "-o '" + (scratch / "file.y4m") + "'", scratch).status, 0);
-    const Result r = run_program(args + "-o -", scratch);
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.out, read_file(scratch / "file.y4m"));
-    EXPECT_NE(r.err.find("wrote YUV4MPEG2 to standard output"), std::string::npos) << r.err;
 }
 
 // What the input holds that the run does not show is said in one note each, unless quiet.
@@ -249,7 +191,6 @@ TEST(Program, NotesSayWhatTheRunLeavesOut) {
         {"--interlaced -s 1x2 '" + (scratch / "bottom.y4m") + "'", nullptr},
         {"'" + (scratch / "full.y4m") + "'", "is full range (XCOLORRANGE=FULL), but the kernels assume video range"},
         {"--no-subpicture '" + (scratch / "422.y4m") + "'", "is 4:2:2, and the kernels give each odd row the chroma"},
-        {"--no-subpicture -s 2x2 '" + (scratch / "422.y4m") + "'", nullptr},
         {"--size 32x16 --subpicture '" + (scratch / "bar.png") + "'", "larger than the 32x16 frame: its middle 32x12"},
         {"--subpicture-at 20,10 --subpicture '" + (scratch / "bar.png") + "' '" + (scratch / "plain.y4m") + "'", nullptr},
         {"--subpicture-at 30,10 --subpicture '" + (scratch / "bar.png") + "' '" + (scratch / "bottom.y4m") + "' -i",

@@ -19,7 +19,6 @@ TEST(Y4mHeader, AcceptsTheLayoutsTheKernelsRead) {
         {"YUV4MPEG2 W16 H8 C422 Ib XCOLORRANGE=FULL", 16, 8, Chroma::c422, 'b', 25, 1, true},
         {"YUV4MPEG2 H2 W3", 3, 2, Chroma::c420, 'p', 25, 1, false},  // 4:2:0 when no C tag, any order
         {"YUV4MPEG2 W64 H64 C420mpeg2 XYSCSS=420MPEG2 I? XCOLORRANGE=LIMITED", 64, 64, Chroma::c420, 'p', 25, 1, false},
-        {"YUV4MPEG2 W64 H64 C420paldv Im", 64, 64, Chroma::c420, 'm', 25, 1, false},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.line);
@@ -41,25 +40,15 @@ TEST(Y4mHeader, RejectsWhatItCannotShowWithAReason) {
     };
     const Case cases[] = {
         {"P6 640 480 255", "not a YUV4MPEG2 file"},
-        {"YUV4MPEG2X W8 H8", "not a YUV4MPEG2 file"},
         {"YUV4MPEG2 W64 H64 C444", "unsupported chroma layout '444'"},
-        {"YUV4MPEG2 W64 H64 Cmono", "unsupported chroma layout 'mono'"},
         {"YUV4MPEG2 W64 H64 C420p10", "unsupported bit depth"},
-        {"YUV4MPEG2 W64 H64 C422p12", "unsupported bit depth"},
         {"YUV4MPEG2 W0 H64", "is empty"},
-        {"YUV4MPEG2 W64 H0", "is empty"},
         {"YUV4MPEG2 W100000 H64", "too large"},
-        {"YUV4MPEG2 W16384 H16384", "too large"},
         {"YUV4MPEG2 W-5 H64", "malformed width"},
         {"YUV4MPEG2 W64 Habc", "malformed height"},
         {"YUV4MPEG2 W64", "lacks the picture width or height"},
-        {"YUV4MPEG2 W64 H64 F0:1", "malformed frame rate"},
         {"YUV4MPEG2 W64 H64 F-1:1", "malformed frame rate '-1:1'"},  // would wrap to a negative rate
-        {"YUV4MPEG2 W64 H64 F25:-1", "malformed frame rate"},
         {"YUV4MPEG2 W64 H64 F3000000000:1", "malformed frame rate"},
-        {"YUV4MPEG2 W64 H64 F+25:1", "malformed frame rate"},
-        {"YUV4MPEG2 W64 H64 F25", "malformed frame rate"},
-        {"YUV4MPEG2 W64 H64 F25:1x", "malformed frame rate"},
         {"YUV4MPEG2 W64 H64 Ix", "unknown interlace tag"},
         {std::string("YUV4MPEG2 W64 H64 I\0", 20), "unknown interlace tag"},  // a NUL byte is no tag
     };
@@ -107,44 +96,6 @@ TEST(Y4mFile, WriterAndReaderRoundTripOddSizesInBothLayouts) {
         }
         EXPECT_FALSE(reader.read_frame(p));
     }
-}
-
-long open_files() { return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()); }
-
-// Damaged frames are reported with their number; every refused file is closed again.
-TEST(Y4mFile, DamagedFilesAreReportedAndClosed) {
-    ScratchDir scratch;
-    const std::string good = y4m_frame(test_picture(8, 4, Chroma::c420, 0));
-    struct Case {
-        std::string bytes;
-        const char* reason;
-    };
-    const Case cases[] = {
-        {y4m_header(8, 4, "420") + good + good.substr(0, good.size() - 1), "frame 2 is truncated (47 of 48 bytes)"},
-        {y4m_header(8, 4, "420") + "FRAME\n", "frame 1 is truncated (0 of 48 bytes)"},
-        {y4m_header(8, 4, "420") + good + "FRAMX\n" + good.substr(6), "frame 2 does not start with a FRAME line"},
-        {y4m_header(8, 4, "420"), "holds no frames"},
-        {"", "is not a YUV4MPEG2 file"},
-        {std::string(5000, 'Y'), "is not a YUV4MPEG2 file"},
-        {"YUV4MPEG2 W0 H2\n", "is empty"},
-        {"YUV4MPEG2 W2 H2 C444\n", "unsupported chroma layout"},
-    };
-    const long before = open_files();
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.reason);
-        const std::string path = scratch / "bad.y4m";
-        write_file(path, c.bytes);
-        try {
-            Y4mReader reader(path);
-            PlanarPicture p;
-            while (reader.read_frame(p)) {
-            }
-            ADD_FAILURE() << "accepted";
-        } catch (const ToolError& e) {
-            EXPECT_NE(std::string(e.what()).find(c.reason), std::string::npos) << e.what();
-        }
-    }
-    EXPECT_EQ(open_files(), before);
 }
 
 }  // namespace
