@@ -23,6 +23,17 @@ void planar_to_yuy2_adjusted(void* src_y, void* src_u, void* src_v, void* dst, i
                              int32_t src_stride, int32_t dst_stride, ajust_contrast_info*) {
     if (!half && (height <= 8 || (height & 1))) return;
     const AdjustConstants a = load_adjust_constants();
+    if constexpr (!half) {
+        // A row pair can share its adjusted chroma where that changes no byte: nothing drifts
+        // and the two rows of a pair share no byte.
+        auto* d = static_cast<uint8_t*>(dst);
+        if (width > 0 && width % yuy2_block == 0 && !runs_overlap(d, d + dst_stride, 2 * ptrdiff_t(width)))
+            return planar_row_pairs<2>(src_y, src_u, src_v, dst, width, height, src_stride, dst_stride,
+                                       [&](const uint8_t* y0, const uint8_t* y1, const uint8_t* u, const uint8_t* v,
+                                           uint8_t* d0, uint8_t* d1, uint32_t n) {
+                                           V::planar_pair_to_yuy2_adjusted(y0, y1, u, v, d0, d1, n, a);
+                                       });
+    }
     planar_rows<half ? 1 : 2>(src_y, src_u, src_v, dst, width, height, src_stride, dst_stride,
                               [&](PlanarSource s, uint8_t* d, uint32_t blocks) {
                                   if constexpr (half) V::planar_row_to_half_yuy2(s.y, s.u, s.v, d, blocks, a);

@@ -48,6 +48,18 @@ TEST(LoadimageYuy2Ajust, EqualsTheAdjustedPackedCopy) {
     EXPECT_TRUE(same_bytes(packed_out, planar_out));
 }
 
+// Rows that share bytes are written whole, one after another: the later row's bytes stand.
+TEST(LoadimageYuy2Ajust, OverlappingRowsAreWrittenInRowOrder) {
+    set_adjust();
+    const int width = 48, height = 10, dst_stride = 80;  // each row overlaps the next by 16 bytes
+    PlanarFrame f(width, height, width, 21);
+    Buffer want(size_t(dst_stride) * height + 2 * width), got = want;
+    for (int r = 0; r < height; ++r)
+        for (int i = 0; i < 2 * width; ++i) want[size_t(r) * dst_stride + i] = yuy2_byte(f, r, 0, 0, i);
+    loadimage_yuy2_ajust(f.y.data(), f.u.data(), f.v.data(), got.data(), width, height, width, dst_stride, nullptr);
+    EXPECT_TRUE(same_bytes(want, got));
+}
+
 TEST(LoadimageYuy2MonoAjust, GreyChromaWithoutChromaPlanes) {
     set_adjust(80, 10, 5, 70, -70);
     PlanarFrame f(32, 3, 32, 14);

@@ -100,6 +100,14 @@ struct LoadRows {
         }
     }
 
+    // Two planar rows sharing a chroma row, each as above.
+    static void planar_pair_to_yuy2_adjusted(const uint8_t* y0, const uint8_t* y1, const uint8_t* u,
+                                             const uint8_t* v, uint8_t* d0, uint8_t* d1, uint32_t blocks,
+                                             const AdjustConstants& a) {
+        planar_row_to_yuy2_adjusted(y0, u, v, d0, blocks, a);
+        planar_row_to_yuy2_adjusted(y1, u, v, d1, blocks, a);
+    }
+
     // One luma row to YUY2 with adjusted luma and every chroma byte 128.
     static void luma_row_to_grey_yuy2(const uint8_t* y, uint8_t* d, uint32_t blocks,
                                       const AdjustConstants& a) {

@@ -112,6 +112,22 @@ struct VectorLoad : PortableLoad {
         });
     }
 
+    // Two planar rows sharing a chroma row to YUY2, every sample adjusted, the chroma once: 16
+    // pixels a unit.
+    static void planar_pair_to_yuy2_adjusted(const uint8_t* y0, const uint8_t* y1, const uint8_t* u, const uint8_t* v,
+                                             uint8_t* d0, uint8_t* d1, uint32_t units, const AdjustConstants& a) {
+        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
+            const AdjustVec<W> l = adjust_vec<W>(a);
+            const W uu = adjust_low_half(W::load_half(u + 8 * i), l.chroma_gain, l.u_offset);
+            const W vv = adjust_low_half(W::load_half(v + 8 * i), l.chroma_gain, l.v_offset);
+            W first, second;
+            join_yuy2(adjust_bytes(W::load(y0 + 16 * i), l.luma_gain, l.luma_offset), uu, vv, first, second);
+            store_block_pairs(d0 + 32 * i, first, second);
+            join_yuy2(adjust_bytes(W::load(y1 + 16 * i), l.luma_gain, l.luma_offset), uu, vv, first, second);
+            store_block_pairs(d1 + 32 * i, first, second);
+        });
+    }
+
     // One luma row to YUY2 with adjusted luma and every chroma byte 128: 16 pixels a unit.
     static void luma_row_to_grey_yuy2(const uint8_t* y, uint8_t* d, uint32_t units, const AdjustConstants& a) {
         for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
