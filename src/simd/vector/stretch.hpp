@@ -42,7 +42,7 @@ struct Doubled {
     W even, odd;
 };
 template <class W>
-DISPCONV_VECTOR_INLINE Doubled<W> average(Doubled<W> a, Doubled<W> b) {
+DISPCONV_VECTOR_INLINE Doubled<W> average(const Doubled<W>& a, const Doubled<W>& b) {
     return {average_u8(a.even, b.even), average_u8(a.odd, b.odd)};
 }
 // Samples at p dealt by 8, so that each interleave of even and odd is a run of the row.
@@ -52,11 +52,11 @@ DISPCONV_VECTOR_INLINE Doubled<W> doubled_at(const uint8_t* p) {
     return {s, average_u8(s, deal<8>(W::load(p + 1)))};
 }
 template <class W, class F>
-DISPCONV_VECTOR_INLINE void store_doubled(uint8_t* d, Doubled<W> x, F&& f) {
+DISPCONV_VECTOR_INLINE void store_doubled(uint8_t* d, const Doubled<W>& x, F&& f) {
     W::store(d, f(unpacklo_u8(x.even, x.odd))), W::store(d + W::bytes, f(unpackhi_u8(x.even, x.odd)));
 }
 template <class W>
-DISPCONV_VECTOR_INLINE void store_doubled(uint8_t* d, Doubled<W> x) {
+DISPCONV_VECTOR_INLINE void store_doubled(uint8_t* d, const Doubled<W>& x) {
     store_doubled(d, x, [](W v) { return v; });
 }
 
@@ -271,9 +271,10 @@ struct VectorStretch : PortableStretch {
     static void double_pair(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between, int n) {
         using namespace stretch_steps;
         auto step = [=]<class W>(int i) DISPCONV_VECTOR_STEP {
-            const Doubled<W> x = doubled_at<W>(above + i);
+            // Both rows loaded before any store: a store may alias them, and reloads would follow.
+            const Doubled<W> x = doubled_at<W>(above + i), y = doubled_at<W>(below + i);
             store_doubled(copy + 2 * i, x);
-            store_doubled(between + 2 * i, average(x, doubled_at<W>(below + i)));
+            store_doubled(between + 2 * i, average(x, y));
         };
         for_bytes_then_last<V>(n, step, [&](int i) { double_pair_end(above + i, below + i, copy + 2 * i, between + 2 * i, n - i); });
     }
