@@ -11,8 +11,7 @@
 //    bytes, only inside the write footprint, and leave the record alike.
 // Any disagreement prints the call and aborts.
 //
-// FUZZ_KERNELS=name,name,... restricts the draw to those kernels; FUZZ_STATS=1 prints at exit
-// how many calls ended in each kind of check.
+// FUZZ_KERNELS=name,name,... restricts the draw to those kernels.
 #include <fuzzer/FuzzedDataProvider.h>
 #include <sanitizer/asan_interface.h>
 
@@ -22,6 +21,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -35,15 +35,6 @@ using namespace dispconv::test;
 bool is_mixer(dispconv_kernel k) { return k >= DISPCONV_KERNEL_mix_ayuy2_yuy2_p_ajust; }
 
 std::vector<dispconv_kernel> allowed_kernels;
-
-// Calls per outcome: refused geometry, refused short buffers, compared across implementations.
-struct Stats {
-    long refused = 0, short_refused = 0, compared = 0, isa_runs = 0;
-} stats;
-void print_stats() {
-    std::fprintf(stderr, "kernel fuzz: %ld refused geometries, %ld short buffers refused, %ld calls compared "
-                         "(%ld raw runs)\n", stats.refused, stats.short_refused, stats.compared, stats.isa_runs);
-}
 
 // ------------------------------------------------------------------------------------------
 // Drawing the call
@@ -256,26 +247,13 @@ struct Buffers {
 // ------------------------------------------------------------------------------------------
 
 const CheckedCall* current = nullptr;
-const std::array<Placement, DISPCONV_BUFFER_COUNT>* current_place = nullptr;
 
 void print_call() {
-    if (current) {
-        const ajust_contrast_info& s = current->settings;
-        std::fprintf(stderr, "call: %s\n", describe(*current).c_str());
-        std::fprintf(stderr, "settings: gains %d %d offsets %d %d %d extra %d %d %d layout %d heights %d %d\n",
-                     s.luma_gain, s.chroma_gain, s.luma_offset, s.u_offset, s.v_offset, s.luma_offset_extra,
-                     s.u_offset_extra, s.v_offset_extra, s.rgb16_layout, s.dst_plane_height, s.dst_luma_height);
-        std::fprintf(stderr, "keys: color_key %08x mask_value %08x key_value %08x record color_key %08x\n",
-                     current->color_key, current->mask_value, current->key_value, current->info.color_key);
-    }
-    if (current_place)
-        for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) {
-            const Placement& p = (*current_place)[b];
-            if (!p.touched()) continue;
-            std::fprintf(stderr, "  %-11s hull [%lld, %lld) allocated %+lld before, %+lld after\n",
-                         buffer_name(dispconv_buffer(b)), (long long)p.hull.begin, (long long)p.hull.end,
-                         (long long)p.front, (long long)p.back);
-        }
+    if (!current) return;
+    const ajust_contrast_info& s = current->settings;
+    std::fprintf(stderr, "call: %s\nsettings: gains %d %d offsets %d %d %d extra %d %d %d heights %d %d\n",
+                 describe(*current).c_str(), s.luma_gain, s.chroma_gain, s.luma_offset, s.u_offset, s.v_offset,
+                 s.luma_offset_extra, s.u_offset_extra, s.v_offset_extra, s.dst_plane_height, s.dst_luma_height);
 }
 
 [[noreturn]] void fail(const std::string& what) {
@@ -285,11 +263,7 @@ void print_call() {
 }
 
 // An AddressSanitizer report (an access outside a buffer) names the call that made it.
-void on_sanitizer_report(const char*) {
-    if (!current) return;
-    std::fprintf(stderr, "\n==== kernel fuzz: AddressSanitizer stopped this call\n");
-    print_call();
-}
+void on_sanitizer_report(const char*) { print_call(); }
 
 std::string where(int b, size_t at, const Placement& p) {
     return std::string(buffer_name(dispconv_buffer(b))) + " byte " + std::to_string(int64_t(at) - p.origin()) +
@@ -321,25 +295,6 @@ void check_refused(const CheckedCall& c, dispconv_status status, const dispconv_
     size_t at = 0;
     for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
         if (!buffers.same(b, contents[b], &at)) fail("refused call wrote " + where(b, at, place[b]));
-    ++stats.refused;
-}
-
-// What a record kernel left in its record: width, height and each pointer's move.
-using RecordAfter = std::vector<std::ptrdiff_t>;
-RecordAfter record_after(const MIX_INFO& after, const uint8_t* const* given) {
-    uint8_t* const MIX_INFO::*fields[] = {&MIX_INFO::frame_y, &MIX_INFO::frame_v, &MIX_INFO::frame_u,
-                                          &MIX_INFO::sub_opacity, &MIX_INFO::sub_y, &MIX_INFO::sub_v,
-                                          &MIX_INFO::sub_u, &MIX_INFO::image, &MIX_INFO::image_u,
-                                          &MIX_INFO::image_v};
-    RecordAfter r{after.width, after.height};
-    for (int i = 0; i < 10; ++i) r.push_back(after.*fields[i] - given[DISPCONV_BUFFER_FRAME_Y + i]);
-    return r;
-}
-
-std::string record_text(const RecordAfter& r) {
-    std::string s = "width, height and moves:";
-    for (std::ptrdiff_t m : r) s += " " + std::to_string(m);
-    return s;
 }
 
 // A run's buffers against the reference: the same bytes, and nothing changed outside the write
@@ -381,7 +336,6 @@ void check_accepted(FuzzedDataProvider& in, const CheckedCall& c, const dispconv
         total += place[b].size();
     }
     if (total > (size_t(32) << 20)) return;  // keep each run cheap
-    current_place = &place;
 
     const Contents contents = draw_contents(in, c);
     std::array<std::vector<uint8_t>, DISPCONV_BUFFER_COUNT> pristine;
@@ -409,67 +363,45 @@ void check_accepted(FuzzedDataProvider& in, const CheckedCall& c, const dispconv
         size_t at = 0;
         for (int o = 0; o < DISPCONV_BUFFER_COUNT; ++o)
             if (!checked.same(o, pristine[o], &at)) fail("refused call wrote " + where(o, at, place[o]));
-        ++stats.short_refused;
         return;
     }
     if (!r) fail("the checked interface refused buffers that cover the footprint: " + describe(r));
     const bool record = facts(c.kernel).shape == Shape::record;
 
     std::unique_ptr<Buffers> reference;
-    RecordAfter reference_record{};
+    std::vector<std::ptrdiff_t> reference_record;
     for (int i = 0; i < isa_count; ++i) {
         const KernelTable* table = kernel_table(Isa(i));
         if (!table) continue;
         auto run = std::make_unique<Buffers>(place, pristine);
         MIX_INFO after{};
         run_raw(*table, c, run->pointers.data(), &after);
-        ++stats.isa_runs;
-        const RecordAfter changes = record_after(after, run->pointers.data());
         const std::string who = isa_name(Isa(i));
+        compare(who.c_str(), *run, reference ? *reference : *run, pristine, place, fp);
+        const auto moves = record_moves(after, run->pointers.data());
         if (!reference) {
-            compare(who.c_str(), *run, *run, pristine, place, fp);
-            reference = std::move(run);
-            reference_record = changes;
-            continue;
+            reference = std::move(run), reference_record = moves;
+        } else if (record && moves != reference_record) {
+            fail(who + " left the record unlike portable");
         }
-        compare(who.c_str(), *run, *reference, pristine, place, fp);
-        if (record && !(changes == reference_record))
-            fail(who + " left the record as " + record_text(changes) + ", portable as " + record_text(reference_record));
     }
     compare("the checked interface", checked, *reference, pristine, place, fp);
-    if (record) {
-        const Region MixInfo::*fields[] = {&MixInfo::frame_y, &MixInfo::frame_v, &MixInfo::frame_u,
-                                           &MixInfo::sub_opacity, &MixInfo::sub_y, &MixInfo::sub_v,
-                                           &MixInfo::sub_u, &MixInfo::image, &MixInfo::image_u, &MixInfo::image_v};
-        RecordAfter changes{checked_after.width, checked_after.height};
-        for (int i = 0; i < 10; ++i)
-            changes.push_back((checked_after.*fields[i]).origin() - regions[DISPCONV_BUFFER_FRAME_Y + i].origin());
-        if (!(changes == reference_record))
-            fail("the checked interface left the record as " + record_text(changes) + ", portable as " +
-                 record_text(reference_record));
-    }
-    ++stats.compared;
+    if (record && record_moves(checked_after, regions.data()) != reference_record)
+        fail("the checked interface left the record unlike portable");
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     __asan_set_error_report_callback(on_sanitizer_report);
-    if (const char* s = std::getenv("FUZZ_STATS"); s && *s == '1') std::atexit(print_stats);
-    if (const char* list = std::getenv("FUZZ_KERNELS")) {
-        std::string names(list);
-        for (size_t at = 0; at <= names.size();) {
-            size_t end = names.find(',', at);
-            if (end == std::string::npos) end = names.size();
-            const std::string name = names.substr(at, end - at);
-            bool found = false;
-            for (int k = 0; k < DISPCONV_KERNEL_COUNT; ++k)
-                if (kernel_name(dispconv_kernel(k)) == name) allowed_kernels.push_back(dispconv_kernel(k)), found = true;
-            if (!found && !name.empty()) {
-                std::fprintf(stderr, "FUZZ_KERNELS: unknown kernel '%s'\n", name.c_str());
-                std::exit(2);
-            }
-            at = end + 1;
+    std::istringstream list(std::getenv("FUZZ_KERNELS") ? std::getenv("FUZZ_KERNELS") : "");
+    for (std::string name; std::getline(list, name, ',');) {
+        const size_t before = allowed_kernels.size();
+        for (int k = 0; k < DISPCONV_KERNEL_COUNT; ++k)
+            if (kernel_name(dispconv_kernel(k)) == name) allowed_kernels.push_back(dispconv_kernel(k));
+        if (allowed_kernels.size() == before && !name.empty()) {
+            std::fprintf(stderr, "FUZZ_KERNELS: unknown kernel '%s'\n", name.c_str());
+            std::exit(2);
         }
     }
     return 0;
@@ -479,7 +411,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzedDataProvider in(data, size);
     const CheckedCall c = draw_call(in);
     current = &c;
-    current_place = nullptr;
     get_contrast_data(const_cast<ajust_contrast_info*>(&c.settings));
     dispconv_footprint fp;
     const dispconv_status status = footprint_of(c, fp);
@@ -488,6 +419,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     else
         check_accepted(in, c, fp);
     current = nullptr;
-    current_place = nullptr;
     return 0;
 }

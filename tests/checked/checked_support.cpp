@@ -176,6 +176,26 @@ void run_raw(const KernelTable& t, const CheckedCall& c, uint8_t* const* p, MIX_
     if (after) *after = *info;
 }
 
+std::vector<std::ptrdiff_t> record_moves(const MIX_INFO& after, uint8_t* const* given) {
+    uint8_t* const MIX_INFO::*fields[] = {&MIX_INFO::frame_y, &MIX_INFO::frame_v, &MIX_INFO::frame_u,
+                                          &MIX_INFO::sub_opacity, &MIX_INFO::sub_y, &MIX_INFO::sub_v,
+                                          &MIX_INFO::sub_u, &MIX_INFO::image, &MIX_INFO::image_u, &MIX_INFO::image_v};
+    std::vector<std::ptrdiff_t> r{after.frame_stride, after.sub_stride, after.image_stride, after.width, after.height,
+                                  after.color_key};
+    for (int i = 0; i < 10; ++i) r.push_back(after.*fields[i] - given[DISPCONV_BUFFER_FRAME_Y + i]);
+    return r;
+}
+
+std::vector<std::ptrdiff_t> record_moves(const MixInfo& after, const Region* given) {
+    const Region MixInfo::*fields[] = {&MixInfo::frame_y, &MixInfo::frame_v, &MixInfo::frame_u,
+                                       &MixInfo::sub_opacity, &MixInfo::sub_y, &MixInfo::sub_v,
+                                       &MixInfo::sub_u, &MixInfo::image, &MixInfo::image_u, &MixInfo::image_v};
+    std::vector<std::ptrdiff_t> r{after.frame_stride, after.sub_stride, after.image_stride, after.width, after.height,
+                                  after.color_key};
+    for (int i = 0; i < 10; ++i) r.push_back((after.*fields[i]).origin() - given[DISPCONV_BUFFER_FRAME_Y + i].origin());
+    return r;
+}
+
 GuardedBytes::GuardedBytes(size_t bytes, Edge edge) : size_(bytes) {
     const size_t page = size_t(sysconf(_SC_PAGESIZE));
     const size_t pages = (bytes + page - 1) / page;

@@ -50,6 +50,10 @@ Result run_checked(const CheckedCall& c, Region* regions, MixInfo* after = nullp
 // Through one instruction set's kernel, pointers indexed by dispconv_buffer; `after` receives the
 // record as the kernel leaves it (record kernels).
 void run_raw(const KernelTable& t, const CheckedCall& c, uint8_t* const* pointers, MIX_INFO* after = nullptr);
+// The record's scalars and each pointer's move (from `given`, indexed by dispconv_buffer), as a
+// record kernel or its checked function left them.
+std::vector<std::ptrdiff_t> record_moves(const MIX_INFO& after, uint8_t* const* given);
+std::vector<std::ptrdiff_t> record_moves(const MixInfo& after, const Region* given);
 
 // A call of kernel k: width, height, `pad` bytes (or pixels) more per row of each buffer,
 // strides negated by `sign` where the kernel allows it.

@@ -75,33 +75,6 @@ TEST(DoubleHeightYuy2, MatchesRowTables) {
     }
 }
 
-// Hand values: rounding of the two-row average and the filter's clamping, through luma
-// columns of an otherwise flat 8-row picture (neutral adjustment).
-TEST(DoubleHeightYuy2, AverageAndFilterValues) {
-    struct Case {
-        uint8_t rows[4];  // source rows 1..4 of one column
-        uint8_t average_1_2, filtered_2_3;  // destination rows 3 and 5
-    } cases[] = {
-        {{0, 1, 0, 0}, 1, 0},              // avg(0, 1) rounds up; F(0, 1, 0, 0) = 5 >> 3 = 0
-        {{254, 255, 0, 0}, 255, 127},      // F(254, 255, 0, 0) = (1275 - 254) >> 3
-        {{255, 0, 0, 255}, 128, 0},        // negative, clamped to 0
-        {{0, 255, 255, 0}, 128, 255},      // 318, clamped to 255
-        {{0, 10, 11, 0}, 5, 13},           // 105 >> 3
-    };
-    set_adjust();
-    const int w = 16, h = 8;
-    Frame f(w, h, 3);
-    for (int c = 0; c < 5; ++c)
-        for (int r = 0; r < 4; ++r) f.y.data()[(r + 1) * f.y.pitch + c] = cases[c].rows[r];
-    Buffer plain(size_t(2 * w) * 2 * h), filtered(size_t(2 * w) * 2 * h);
-    strech_picture_1X2_yuy2(f.y.data(), f.u.data(), f.v.data(), plain.data(), w, h, f.y.pitch, 2 * w, nullptr);
-    strech_picture_1X2_yuy2_ajust(f.y.data(), f.u.data(), f.v.data(), filtered.data(), w, h, f.y.pitch, 2 * w, nullptr);
-    for (int c = 0; c < 5; ++c) {
-        EXPECT_EQ(plain[3 * 2 * w + 2 * c], cases[c].average_1_2) << "column " << c;
-        EXPECT_EQ(filtered[5 * 2 * w + 2 * c], cases[c].filtered_2_3) << "column " << c;
-    }
-}
-
 // The RGB stretchers equal the YUY2 loader's conversion of the plain YUY2 stretch of the
 // same frame, whose samples were adjusted beforehand.
 TEST(DoubleHeightRgb, EqualsConversionOfPlainStretch) {

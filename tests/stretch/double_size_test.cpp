@@ -72,19 +72,16 @@ TEST(DoubleSizeYuy2, MatchesDoubledRows) {
         ajust_contrast_info s = c.a;
         get_contrast_data(&s);
         Buffer in = src;
-        if (c.adjusted)
-            yuy2_strech_picture_2X2_yuy2_ajust(in.data(), nullptr, nullptr, got.data(), c.bytes, c.h, dst_stride, nullptr);
-        else
-            yuy2_strech_picture_2X2_yuy2(in.data(), nullptr, nullptr, got.data(), c.bytes, c.h, dst_stride);
+        auto run = [&](uint8_t* dst, int stride) {
+            if (c.adjusted) yuy2_strech_picture_2X2_yuy2_ajust(in.data(), nullptr, nullptr, dst, c.bytes, c.h, stride, nullptr);
+            else yuy2_strech_picture_2X2_yuy2(in.data(), nullptr, nullptr, dst, c.bytes, c.h, stride);
+        };
+        run(got.data(), dst_stride);
         const Buffer want = expected_yuy2_2x2(src, c.bytes, c.h, dst_stride, c.a);
         EXPECT_TRUE(same_bytes(want, got)) << c.bytes << " bytes x " << c.h << (c.adjusted ? " adjusted" : " plain");
         // Bottom-up: the same rows in the opposite order.
         Buffer up(got.size());
-        uint8_t* bottom = up.data() + size_t(dst_stride) * (2 * c.h - 1);
-        if (c.adjusted)
-            yuy2_strech_picture_2X2_yuy2_ajust(in.data(), nullptr, nullptr, bottom, c.bytes, c.h, -dst_stride, nullptr);
-        else
-            yuy2_strech_picture_2X2_yuy2(in.data(), nullptr, nullptr, bottom, c.bytes, c.h, -dst_stride);
+        run(up.data() + size_t(dst_stride) * (2 * c.h - 1), -dst_stride);
         for (int r = 0; r < 2 * c.h; ++r)
             EXPECT_TRUE(std::equal(want.data() + size_t(r) * dst_stride, want.data() + size_t(r + 1) * dst_stride,
                                    up.data() + size_t(2 * c.h - 1 - r) * dst_stride))

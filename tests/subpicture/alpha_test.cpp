@@ -9,16 +9,14 @@ namespace {
 struct AlphaKernel {
     const char* name;
     MixKernel kernel;
-    int block, bpp;
-    bool loads;            // opacity to bitmap
-    bool counts_height;    // counts height down in the record
+    int bpp;
 };
-const AlphaKernel load32{"load rgb32", load_subpicture_alpha_rgb32, 16, 4, true, false};
-const AlphaKernel load24{"load rgb24", load_subpicture_alpha_rgb24, 16, 3, true, true};
-const AlphaKernel load16{"load rgb16", load_subpicture_alpha_rgb16_565, 16, 2, true, false};
-const AlphaKernel restore32{"restore rgb32", Restore_RGB32_To_Alpha, 8, 4, false, false};
-const AlphaKernel restore24{"restore rgb24", Restore_RGB24_To_Alpha, 8, 3, false, true};
-const AlphaKernel restore16{"restore rgb16", Restore_RGB16_565_To_Alpha, 16, 2, false, false};
+const AlphaKernel load32{"load rgb32", load_subpicture_alpha_rgb32, 4};
+const AlphaKernel load24{"load rgb24", load_subpicture_alpha_rgb24, 3};
+const AlphaKernel load16{"load rgb16", load_subpicture_alpha_rgb16_565, 2};
+const AlphaKernel restore32{"restore rgb32", Restore_RGB32_To_Alpha, 4};
+const AlphaKernel restore24{"restore rgb24", Restore_RGB24_To_Alpha, 3};
+const AlphaKernel restore16{"restore rgb16", Restore_RGB16_565_To_Alpha, 2};
 
 MIX_INFO alpha_record(uint8_t* opacity, uint8_t* image, int width, int height, int frame_stride,
                       int image_stride) {

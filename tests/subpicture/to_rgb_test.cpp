@@ -1,7 +1,7 @@
 // AYUY2 sub-picture planes to colour-keyed RGB bitmaps.
 #include <cstring>
 
-#include "support/test_support.hpp"
+#include "mix/mix_support.hpp"
 
 namespace dispconv::test {
 namespace {
@@ -98,20 +98,11 @@ TEST(SubpictureToRgb, EqualsFrameLoaderWhereOpaque) {
                 job.surface.rgb16_layout = layout;
                 set_adjust(80, 48, -12, 40, 20);
 
-                Buffer want(job.image.size());
-                ajust_contrast_info layout0{};
-                for (int r = 0; r < rows; ++r) {
-                    uint8_t frame[2][2 * width], out[2][4 * width];
-                    for (int p = 0; p < width / 2; ++p) {
-                        const uint8_t pair[4] = {job.y[r * width + 2 * p], job.u[r * width / 2 + p],
-                                                 job.y[r * width + 2 * p + 1], job.v[r * width / 2 + p]};
-                        std::memcpy(&frame[0][4 * p], pair, 4);
-                        std::memcpy(&frame[1][4 * p], pair, 4);
-                    }
-                    (adjusted ? f->frame_adjusted : f->frame_plain)(frame, nullptr, nullptr, out, width, 2,
-                                                                     width, 4 * width, &layout0);
-                    std::memcpy(&want[size_t(r) * image_stride], out[0], size_t(width) * f->bpp);
-                }
+                Buffer yuy2(size_t(2 * width) * rows);
+                for (int i = 0; i < width * rows; ++i)
+                    yuy2[2 * i] = job.y[i], yuy2[2 * i + 1] = (i % 2 ? job.v : job.u)[i / 2];
+                const Buffer want = convert_rows(adjusted ? f->frame_adjusted : f->frame_plain, 0, yuy2, width, rows,
+                                                 f->bpp, Buffer(job.image.size()), image_stride);
                 (adjusted ? f->adjusted : f->plain)(&job.info);
                 EXPECT_TRUE(same_bytes(want, job.image));
             }
