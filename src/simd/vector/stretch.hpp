@@ -217,7 +217,9 @@ struct VectorStretch : PortableStretch {
             });
     }
 
-    static void average_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {
+    // The plane stretchers call this twice per row, short rows among them: inlined into the walk.
+    DISPCONV_VECTOR_INLINE static void average_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n,
+                                                      int16_t gain, int16_t offset) {
         auto step = [=]<class W>(int i) DISPCONV_VECTOR_STEP {
             W::store(dst + i, adjust_bytes(average_u8(W::load(a + i), W::load(b + i)), W::set1_i16(gain), W::set1_i16(offset)));
         };
