@@ -70,9 +70,9 @@ Family taking(Family table, const Family* from) {
 
 // The AVX-512 table. The kernels listed here measured no faster on AVX-512 than on AVX2, or
 // slower at one of the two sizes (dispconv_bench --isa=avx2,avx512 at 720x480 and 1920x1080,
-// three runs): mostly copies and fills that memory bounds, and plane walks whose 720-pixel rows
-// leave a 64-byte vector mostly tail. They keep their AVX2 versions, which also spares the
-// processor's 512-bit power state where it buys nothing.
+// three runs): mostly copies and fills that memory bounds, and a few row walks that were 10-25%
+// slower at 720x480. They keep their AVX2 versions, which also spares the processor's 512-bit
+// power state where it buys nothing.
 KernelTable avx512_table() {
     using L = LoadKernels;
     using S = StretchKernels;
