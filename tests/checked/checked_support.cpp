@@ -181,7 +181,7 @@ std::vector<std::ptrdiff_t> record_moves(const MIX_INFO& after, uint8_t* const* 
                                           &MIX_INFO::sub_opacity, &MIX_INFO::sub_y, &MIX_INFO::sub_v,
                                           &MIX_INFO::sub_u, &MIX_INFO::image, &MIX_INFO::image_u, &MIX_INFO::image_v};
     std::vector<std::ptrdiff_t> r{after.frame_stride, after.sub_stride, after.image_stride, after.width, after.height,
-                                  after.color_key};
+                                  std::ptrdiff_t(after.color_key)};
     for (int i = 0; i < 10; ++i) r.push_back(after.*fields[i] - given[DISPCONV_BUFFER_FRAME_Y + i]);
     return r;
 }
@@ -191,7 +191,7 @@ std::vector<std::ptrdiff_t> record_moves(const MixInfo& after, const Region* giv
                                        &MixInfo::sub_opacity, &MixInfo::sub_y, &MixInfo::sub_v,
                                        &MixInfo::sub_u, &MixInfo::image, &MixInfo::image_u, &MixInfo::image_v};
     std::vector<std::ptrdiff_t> r{after.frame_stride, after.sub_stride, after.image_stride, after.width, after.height,
-                                  after.color_key};
+                                  std::ptrdiff_t(after.color_key)};
     for (int i = 0; i < 10; ++i) r.push_back((after.*fields[i]).origin() - given[DISPCONV_BUFFER_FRAME_Y + i].origin());
     return r;
 }
