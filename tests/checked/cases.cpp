@@ -76,6 +76,7 @@ std::vector<CheckedCall> contract_calls() {
         c.frame_structure = structure, c.start_line = start;
         all.push_back(c);
     }
+    all.push_back(call(DISPCONV_KERNEL_strech_opt_yuy2_ajust, 512, 8));  // a last run of 30 edge-directed blocks
     for (K k : {DISPCONV_KERNEL_Restore_RGB24_To_Alpha, DISPCONV_KERNEL_load_subpicture_alpha_rgb16_565})
         all.push_back(with(call(k, 32, 4), &MIX_INFO::frame_stride, 45));  // odd: the opacity step rounds down
     all.push_back(with(call(DISPCONV_KERNEL_Convert_RGB24_To_AYUY2, 16, 4, 12), &MIX_INFO::sub_stride, 37));
