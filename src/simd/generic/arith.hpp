@@ -59,21 +59,29 @@ DISPCONV_VECTOR_INLINE V low_bytes_mask() {
 
 // The chroma terms of YUV to RGB for 16 pixels per lane, as words: lo for the lane's first 8
 // pixels, hi for the last 8.
+// The green term g is the U and V terms summed: with samples of 0..255 the sums and the
+// differences from the luma term stay far inside 16 bits, so subtracting the sum once gives
+// what subtracting each with saturation gives.
 template <Vector V>
 struct ChromaVec {
-    V gu_lo, gu_hi, gv_lo, gv_hi, bu_lo, bu_hi, rv_lo, rv_hi;
+    V g_lo, g_hi, bu_lo, bu_hi, rv_lo, rv_hi;
 };
-// From 8 U and 8 V bytes in the low half of each lane, each term repeated for its pixel pair.
+// From 8 U and 8 V samples per lane as words, each term repeated for its pixel pair.
+template <Vector V>
+DISPCONV_VECTOR_INLINE ChromaVec<V> chroma_terms(V u, V v) {
+    const V bias = V::set1_i16(128);
+    const V cu = sub_i16(u, bias), cv = sub_i16(v, bias);
+    const V g = add_i16(mulhi_i16(cu, V::set1_i16(25625)), mulhi_scaled_i16<1>(cv, V::set1_i16(26641)));
+    const V bu = mulhi_scaled_i16<3>(cu, V::set1_i16(16532));
+    const V rv = mulhi_scaled_i16<2>(cv, V::set1_i16(26149));
+    return {unpacklo_u16(g, g), unpackhi_u16(g, g), unpacklo_u16(bu, bu), unpackhi_u16(bu, bu),
+            unpacklo_u16(rv, rv), unpackhi_u16(rv, rv)};
+}
+// The same from 8 U and 8 V bytes in the low half of each lane.
 template <Vector V>
 DISPCONV_VECTOR_INLINE ChromaVec<V> chroma_words(V u8, V v8) {
-    const V z = V::zero(), bias = V::set1_i16(128);
-    const V cu = sub_i16(unpacklo_u8(u8, z), bias), cv = sub_i16(unpacklo_u8(v8, z), bias);
-    const V gu = mulhi_i16(cu, V::set1_i16(25625));
-    const V bu = mulhi_scaled_i16<3>(cu, V::set1_i16(16532));
-    const V gv = mulhi_scaled_i16<1>(cv, V::set1_i16(26641));
-    const V rv = mulhi_scaled_i16<2>(cv, V::set1_i16(26149));
-    return {unpacklo_u16(gu, gu), unpackhi_u16(gu, gu), unpacklo_u16(gv, gv), unpackhi_u16(gv, gv),
-            unpacklo_u16(bu, bu), unpackhi_u16(bu, bu), unpacklo_u16(rv, rv), unpackhi_u16(rv, rv)};
+    const V z = V::zero();
+    return chroma_terms(unpacklo_u8(u8, z), unpacklo_u8(v8, z));
 }
 // From U and V words already repeated for both pixels of each pair: twice the multiplies, no
 // shuffles after them.
@@ -83,8 +91,8 @@ DISPCONV_VECTOR_INLINE ChromaVec<V> pixel_chroma_words(V u_lo, V u_hi, V v_lo, V
     const V gu = V::set1_i16(25625), bu = V::set1_i16(16532), gv = V::set1_i16(26641), rv = V::set1_i16(26149);
     const V cu_lo = sub_i16(u_lo, bias), cu_hi = sub_i16(u_hi, bias);
     const V cv_lo = sub_i16(v_lo, bias), cv_hi = sub_i16(v_hi, bias);
-    return {mulhi_i16(cu_lo, gu), mulhi_i16(cu_hi, gu),
-            mulhi_scaled_i16<1>(cv_lo, gv), mulhi_scaled_i16<1>(cv_hi, gv),
+    return {add_i16(mulhi_i16(cu_lo, gu), mulhi_scaled_i16<1>(cv_lo, gv)),
+            add_i16(mulhi_i16(cu_hi, gu), mulhi_scaled_i16<1>(cv_hi, gv)),
             mulhi_scaled_i16<3>(cu_lo, bu), mulhi_scaled_i16<3>(cu_hi, bu),
             mulhi_scaled_i16<2>(cv_lo, rv), mulhi_scaled_i16<2>(cv_hi, rv)};
 }
@@ -100,7 +108,7 @@ DISPCONV_VECTOR_INLINE RgbVec<V> luma_words_to_rgb(V y_lo, V y_hi, const ChromaV
     const V lo = mulhi_scaled_i16<2>(sub_i16(y_lo, black), scale);
     const V hi = mulhi_scaled_i16<2>(sub_i16(y_hi, black), scale);
     return {packus_i16(adds_i16(lo, c.rv_lo), adds_i16(hi, c.rv_hi)),
-            packus_i16(subs_i16(subs_i16(lo, c.gu_lo), c.gv_lo), subs_i16(subs_i16(hi, c.gu_hi), c.gv_hi)),
+            packus_i16(sub_i16(lo, c.g_lo), sub_i16(hi, c.g_hi)),
             packus_i16(adds_i16(lo, c.bu_lo), adds_i16(hi, c.bu_hi))};
 }
 template <Vector V>
@@ -209,8 +217,9 @@ DISPCONV_VECTOR_INLINE void store_rgb(uint8_t* d, const RgbVec<V>& c, const Rgb1
 template <class Format, class V>
 DISPCONV_VECTOR_INLINE void store_rgb_blocks(uint8_t* d, const RgbVec<V>& c, const Rgb16Vec<V>& l) {
     if constexpr (Format::bytes_per_pixel == 4) {
-        const Rgb32Quads<V> q = interleave_rgb32(c);
-        store_block_quads(d, q.q0, q.q1, q.q2, q.q3);
+        // Dealing the three channels takes fewer lane moves than transposing the four
+        // interleaved vectors by blocks.
+        store_rgb<Format>(d, RgbVec<V>{deal<4>(c.r), deal<4>(c.g), deal<4>(c.b)}, l);
     } else if constexpr (Format::bytes_per_pixel == 2) {
         const Rgb16Pair<V> w = pack_rgb16(c, l);
         store_block_pairs(d, w.lo, w.hi);

@@ -14,6 +14,8 @@ namespace dispconv::simd { namespace {
 
 // TBL gives zero for an out-of-range index, as a byte shuffle with the top control bit does.
 inline constexpr bool has_byte_shuffle = true;
+// No multiply-add of byte pairs into words.
+inline constexpr bool has_byte_madd = false;
 
 // Interleaving stores of two to four registers (ST3, ST4).
 inline constexpr bool has_structure_stores = true;
@@ -33,6 +35,7 @@ struct Vec<16> {
     template <const LaneTable& t>
     static Vec table() { return load(t.bytes); }
     static Vec load_half(const void* p) { return {vcombine_u8(vld1_u8(static_cast<const uint8_t*>(p)), vdup_n_u8(0))}; }
+    static Vec load_half_words(const void* p) { return {vreinterpretq_u8_u16(vmovl_u8(vld1_u8(static_cast<const uint8_t*>(p))))}; }
     template <int G>
     static Vec load_half_dealt(const void* p) { return load_half(p); }
     // The 8 bytes at p as words, each repeated for both pixels of its pair: lo pixels 0..7.
@@ -225,12 +228,6 @@ inline void store_repeated_u32(uint8_t* d, uint32_t word, size_t count) {
     const uint8x16_t w = vreinterpretq_u8_u32(vdupq_n_u32(word));
     for (; count >= 4; count -= 4, d += 16) vst1q_u8(d, w);
     for (; count; --count, d += 4) std::memcpy(d, &word, 4);
-}
-
-// Primitives first needed by the mix operations.
-
-inline void store_block_quads(uint8_t* d, V16 a, V16 b, V16 c, V16 e) {
-    V16::store(d, a), V16::store(d + 16, b), V16::store(d + 32, c), V16::store(d + 48, e);
 }
 
 } }  // namespace dispconv::simd

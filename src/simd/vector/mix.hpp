@@ -22,19 +22,37 @@ DISPCONV_VECTOR_INLINE V mix_bytes(V frame, V sub, V weight) {
                       mix_words(unpackhi_u8(frame, z), unpackhi_u8(sub, z), unpackhi_u8(weight, z)));
 }
 
-// A block per lane mixed, then adjusted: y as 16 bytes, u and v as 8 bytes in the low half.
+// 16 lumas per lane blended, as words: lo each lane's first 8, hi the rest. With every opacity
+// inside its range 0..16 nothing can wrap or saturate, and one multiply-add of (frame, sub)
+// byte pairs by (16 - a, a) gives what the word steps give; other opacities take those steps.
+template <class V>
+DISPCONV_VECTOR_INLINE void mix_luma_words(V f, V s, V a, V& lo, V& hi) {
+    if constexpr (has_byte_madd) {
+        const V sixteen = V::set1_u8(16);
+        if (!any_above_u8(a, sixteen)) {
+            const V rest = subs_u8(sixteen, a);
+            lo = srli_i16<4>(madd_u8_i8(unpacklo_u8(f, s), unpacklo_u8(rest, a)));
+            hi = srli_i16<4>(madd_u8_i8(unpackhi_u8(f, s), unpackhi_u8(rest, a)));
+            return;
+        }
+    }
+    const V z = V::zero();
+    lo = mixed_words(unpacklo_u8(f, z), unpacklo_u8(s, z), unpacklo_u8(a, z));
+    hi = mixed_words(unpackhi_u8(f, z), unpackhi_u8(s, z), unpackhi_u8(a, z));
+}
+
+// A block per lane mixed, then adjusted: y as 16 bytes, uv as the 8 U bytes then the 8 V bytes.
 template <class V>
 struct MixedBlocks {
-    V y, u, v;
+    V y, uv;
 };
 template <bool PairAverage, class V>
 DISPCONV_VECTOR_INLINE MixedBlocks<V> mix_adjust_blocks(const MixRow& s, ptrdiff_t at, const AdjustVec<V>& l) {
-    const V z = V::zero();
     const ptrdiff_t half = at / 2;
-    auto chroma = [half, z](const uint8_t* p, const uint8_t* below) {  // as words
-        V c = V::load_half(p + half);
-        if (below) c = average_u8(c, V::load_half(below + half));
-        return unpacklo_u8(c, z);
+    auto chroma = [half](const uint8_t* p, const uint8_t* below) {  // as words
+        V c = V::load_half_words(p + half);
+        if (below) c = average_u16(c, V::load_half_words(below + half));
+        return c;
     };
     V fy = V::load(s.frame_y + at);
     if (s.frame_y_below) fy = average_u8(fy, V::load(s.frame_y_below + at));
@@ -42,13 +60,13 @@ DISPCONV_VECTOR_INLINE MixedBlocks<V> mix_adjust_blocks(const MixRow& s, ptrdiff
     // The chroma weight of each pixel pair, as a word.
     const V odd = srli_i16<8>(alpha);
     const V w = PairAverage ? average_u16(alpha & low_bytes_mask<V>(), odd) : odd;
-    const V y_lo = mixed_words(unpacklo_u8(fy, z), unpacklo_u8(sy, z), unpacklo_u8(alpha, z));
-    const V y_hi = mixed_words(unpackhi_u8(fy, z), unpackhi_u8(sy, z), unpackhi_u8(alpha, z));
+    V y_lo, y_hi;
+    mix_luma_words(fy, sy, alpha, y_lo, y_hi);
     const V u = mixed_words(chroma(s.frame_u, s.frame_u_below), chroma(s.sub_u, nullptr), w);
     const V v = mixed_words(chroma(s.frame_v, s.frame_v_below), chroma(s.sub_v, nullptr), w);
     const V ua = adjust_words(u, l.chroma_gain, l.u_offset), va = adjust_words(v, l.chroma_gain, l.v_offset);
     return {packus_i16(adjust_words(y_lo, l.luma_gain, l.luma_offset), adjust_words(y_hi, l.luma_gain, l.luma_offset)),
-            packus_i16(ua, ua), packus_i16(va, va)};
+            packus_i16(ua, va)};
 }
 
 // The half mixer's blocks: the odd pixels of 16 mixed and adjusted into 8 YUY2 pixels per
@@ -97,7 +115,7 @@ struct VectorMix {
     static void mix_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
         mix_run<false>(row, blocks, a, [dst]<class W>(ptrdiff_t at, const MixedBlocks<W>& m) DISPCONV_VECTOR_STEP {
             W first, second;
-            join_yuy2(m.y, m.u, m.v, first, second);
+            join_yuy2(m.y, m.uv, bsrli<8>(m.uv), first, second);
             store_block_pairs(dst + 2 * at, first, second);
         });
     }
@@ -108,7 +126,7 @@ struct VectorMix {
                             uint8_t* dst) {
         const Rgb16Layout lay = layout;
         mix_run<PairAverage>(row, blocks, a, [dst, &lay]<class W>(ptrdiff_t at, const MixedBlocks<W>& m) DISPCONV_VECTOR_STEP {
-            store_rgb_blocks<Format>(dst + at * Format::bytes_per_pixel, luma_to_rgb(m.y, chroma_words(m.u, m.v)),
+            store_rgb_blocks<Format>(dst + at * Format::bytes_per_pixel, luma_to_rgb(m.y, chroma_terms(unpacklo_u8(m.uv, W::zero()), unpackhi_u8(m.uv, W::zero()))),
                                      rgb16_vec<W>(lay));
         });
     }

@@ -60,6 +60,8 @@ constexpr int pixel_chroma_index(int G, int lanes, int lane, int half, int w) {
         /* The half-width run that goes with a full vector (chroma beside luma): lane k takes bytes  */ \
         /* 8k .. 8k + 7 in its low half; the high half is unspecified. */                               \
         static Vec load_half(const void* p);                                                            \
+        /* The same run widened to words: lane k's 8 words are bytes 8k .. 8k + 7. */                  \
+        static Vec load_half_words(const void* p);                                                      \
         /* The half-width run dealt as the full vector it goes with would be by deal<G>. */            \
         template <int G>                                                                                \
         static Vec load_half_dealt(const void* p);                                                      \
@@ -170,6 +172,13 @@ inline uint64_t movemask_u8(Vec<64> a) { return _mm512_movepi8_mask(a.r); }
 #undef DISPCONV_X86_VEC_COMPARES
 
 inline Vec<16> Vec<16>::load_half(const void* p) { return {_mm_loadl_epi64(static_cast<const __m128i*>(p))}; }
+inline Vec<16> Vec<16>::load_half_words(const void* p) {
+#if defined(__SSE4_1__)
+    return {_mm_cvtepu8_epi16(load_half(p).r)};
+#else
+    return {_mm_unpacklo_epi8(load_half(p).r, _mm_setzero_si128())};
+#endif
+}
 
 // The high 16 bits of (a << n) * k, where a << n fits in 16 bits: the form of every fixed-point
 // scale here (NEON does it in one doubling multiply).
@@ -239,6 +248,9 @@ inline void deal_pair(Vec<16> a, Vec<16> b, Vec<16>& lo, Vec<16>& hi) { lo = a, 
 inline void interleave_lanes(Vec<16> lo, Vec<16> hi, Vec<16>& first, Vec<16>& second) { first = lo, second = hi; }
 
 #if defined(__AVX2__)
+inline Vec<32> Vec<32>::load_half_words(const void* p) {
+    return {_mm256_cvtepu8_epi16(_mm_loadu_si128(static_cast<const __m128i*>(p)))};
+}
 inline Vec<32> Vec<32>::load_half(const void* p) {
     return {_mm256_permute4x64_epi64(_mm256_castsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(p))), 0x50)};
 }
@@ -316,6 +328,9 @@ inline void store_low_halves(uint8_t* d, Vec<32> v) {
 inline Vec<64> Vec<64>::load_half(const void* p) {
     return {_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 0, 1, 1, 2, 2, 3, 3),
                                      _mm512_castsi256_si512(_mm256_loadu_si256(static_cast<const __m256i*>(p))))};
+}
+inline Vec<64> Vec<64>::load_half_words(const void* p) {
+    return {_mm512_cvtepu8_epi16(_mm256_loadu_si256(static_cast<const __m256i*>(p)))};
 }
 template <int G>
 inline Vec<64> Vec<64>::load_half_dealt(const void* p) {
@@ -426,6 +441,31 @@ inline Vec<64> next_lanes(Vec<64> a, Vec<64> b) {
 inline Vec<64> sum_pairs_u8(Vec<64> a) { return {_mm512_maddubs_epi16(a.r, _mm512_set1_epi8(1))}; }
 #endif
 
+// Primitives first needed by the mix operations.
+
+// Whether madd_u8_i8 is one instruction.
+inline constexpr bool has_byte_madd = has_byte_shuffle;
+#if defined(__SSSE3__)
+// The unsigned bytes of a times the signed bytes of b, each pair of products summed into a word
+// with signed saturation.
+inline Vec<16> madd_u8_i8(Vec<16> a, Vec<16> b) { return {_mm_maddubs_epi16(a.r, b.r)}; }
+#endif
+// Whether any unsigned byte of a is above its byte of limit.
+inline bool any_above_u8(Vec<16> a, Vec<16> limit) {
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_subs_epu8(a.r, limit.r), _mm_setzero_si128())) != 0xFFFF;
+}
+#if defined(__AVX2__)
+inline Vec<32> madd_u8_i8(Vec<32> a, Vec<32> b) { return {_mm256_maddubs_epi16(a.r, b.r)}; }
+inline bool any_above_u8(Vec<32> a, Vec<32> limit) {
+    const __m256i over = _mm256_subs_epu8(a.r, limit.r);
+    return !_mm256_testz_si256(over, over);
+}
+#endif
+#if defined(__AVX512BW__)
+inline Vec<64> madd_u8_i8(Vec<64> a, Vec<64> b) { return {_mm512_maddubs_epi16(a.r, b.r)}; }
+inline bool any_above_u8(Vec<64> a, Vec<64> limit) { return _mm512_cmpgt_epu8_mask(a.r, limit.r) != 0; }
+#endif
+
 // Primitives first needed by the sub-picture operations.
 
 // Lane k loaded from p + k * stride (blocks that are not back to back).
@@ -476,33 +516,6 @@ inline Vec<64> even_u32(Vec<64> a, Vec<64> b) {
 }
 inline Vec<64> odd_u32(Vec<64> a, Vec<64> b) {
     return {_mm512_castps_si512(_mm512_shuffle_ps(_mm512_castsi512_ps(a.r), _mm512_castsi512_ps(b.r), 0xDD))};
-}
-#endif
-
-// Primitives first needed by the mix operations.
-
-// Four vectors whose lane k holds the four 16-byte parts of block k, stored as consecutive
-// blocks of 64 bytes.
-inline void store_block_quads(uint8_t* d, Vec<16> a, Vec<16> b, Vec<16> c, Vec<16> e) {
-    store_block_pairs(d, a, b), store_block_pairs(d + 32, c, e);
-}
-#if defined(__AVX2__)
-inline void store_block_quads(uint8_t* d, Vec<32> a, Vec<32> b, Vec<32> c, Vec<32> e) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), _mm256_permute2x128_si256(a.r, b.r, 0x20));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 32), _mm256_permute2x128_si256(c.r, e.r, 0x20));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 64), _mm256_permute2x128_si256(a.r, b.r, 0x31));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 96), _mm256_permute2x128_si256(c.r, e.r, 0x31));
-}
-#endif
-#if defined(__AVX512BW__)
-inline void store_block_quads(uint8_t* d, Vec<64> a, Vec<64> b, Vec<64> c, Vec<64> e) {
-    // A 4 x 4 transpose of 128-bit lanes: block k is lane k of a, b, c and e.
-    const __m512i ab_lo = _mm512_shuffle_i64x2(a.r, b.r, 0x44), ce_lo = _mm512_shuffle_i64x2(c.r, e.r, 0x44);
-    const __m512i ab_hi = _mm512_shuffle_i64x2(a.r, b.r, 0xEE), ce_hi = _mm512_shuffle_i64x2(c.r, e.r, 0xEE);
-    _mm512_storeu_si512(d, _mm512_shuffle_i64x2(ab_lo, ce_lo, 0x88));
-    _mm512_storeu_si512(d + 64, _mm512_shuffle_i64x2(ab_lo, ce_lo, 0xDD));
-    _mm512_storeu_si512(d + 128, _mm512_shuffle_i64x2(ab_hi, ce_hi, 0x88));
-    _mm512_storeu_si512(d + 192, _mm512_shuffle_i64x2(ab_hi, ce_hi, 0xDD));
 }
 #endif
 
