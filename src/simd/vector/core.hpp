@@ -16,16 +16,6 @@ DISPCONV_VECTOR_INLINE V adjusted_words(V w, V gain, V offset) {
     else return w;
 }
 
-// Chroma terms from U and V words per pixel (lo: each lane's first 8), adjusted first when
-// Adjust says so.
-template <class Adjust, class V>
-DISPCONV_VECTOR_INLINE ChromaVec<V> pixel_chroma_terms(V u_lo, V u_hi, V v_lo, V v_hi, const AdjustVec<V>& l) {
-    return pixel_chroma_words(adjusted_words<Adjust>(u_lo, l.chroma_gain, l.u_offset),
-                              adjusted_words<Adjust>(u_hi, l.chroma_gain, l.u_offset),
-                              adjusted_words<Adjust>(v_lo, l.chroma_gain, l.v_offset),
-                              adjusted_words<Adjust>(v_hi, l.chroma_gain, l.v_offset));
-}
-
 // One vector of pixels placed by deal<pixel_group<Format>>, lumas as words, converted and
 // stored: the luma half of every RGB-writing row operation.
 template <class Format, class Adjust, class V>
@@ -36,21 +26,22 @@ DISPCONV_VECTOR_INLINE void store_luma_words(uint8_t* d, V y_lo, V y_hi, const C
                       layout);
 }
 
-// The chroma terms of one vector of planar pixels placed by deal<pixel_group<Format>>. With
-// byte shuffles the chroma comes as words per pixel; without (plain SSE2) the terms are worked
-// out per chroma sample and repeated, which takes half the multiplies.
+// The chroma terms of one vector of planar pixels placed by deal<pixel_group<Format>>. Plain,
+// with byte shuffles, the chroma comes as words per pixel (shuffles for the repeats instead of
+// unpacks after the multiplies); otherwise the samples are adjusted and the terms worked out
+// per chroma sample and repeated, half the arithmetic.
 template <class Format, class Adjust, class V>
 DISPCONV_VECTOR_INLINE ChromaVec<V> planar_chroma_terms(const uint8_t* u, const uint8_t* v, const AdjustVec<V>& l) {
     constexpr int g = pixel_group<Format>;
-    if constexpr (has_byte_shuffle) {
+    if constexpr (has_byte_shuffle && !Adjust::enabled) {
         V u_lo, u_hi, v_lo, v_hi;
         V::template load_pixel_chroma<g>(u, u_lo, u_hi);
         V::template load_pixel_chroma<g>(v, v_lo, v_hi);
-        return pixel_chroma_terms<Adjust>(u_lo, u_hi, v_lo, v_hi, l);
+        return pixel_chroma_words(u_lo, u_hi, v_lo, v_hi);
     } else {
-        V uu = V::template load_half_dealt<g>(u), vv = V::template load_half_dealt<g>(v);
-        if constexpr (Adjust::enabled) uu = adjust_bytes(uu, l.chroma_gain, l.u_offset), vv = adjust_bytes(vv, l.chroma_gain, l.v_offset);
-        return chroma_words(uu, vv);
+        const V z = V::zero();
+        const V uu = unpacklo_u8(V::template load_half_dealt<g>(u), z), vv = unpacklo_u8(V::template load_half_dealt<g>(v), z);
+        return chroma_terms(adjusted_words<Adjust>(uu, l.chroma_gain, l.u_offset), adjusted_words<Adjust>(vv, l.chroma_gain, l.v_offset));
     }
 }
 

@@ -64,17 +64,18 @@ struct VectorLoad : PortableLoad {
             deal_pair<g>(W::load(s0 + 32 * i), W::load(s0 + 32 * i + W::bytes), a0, b0);
             deal_pair<g>(W::load(s1 + 32 * i), W::load(s1 + 32 * i + W::bytes), a1, b1);
             ChromaVec<W> c;
-            if constexpr (has_byte_shuffle) {
+            if constexpr (has_byte_shuffle && !Adjust::enabled) {
                 // Each pixel's U (bytes 1, 5, 9, 13 of each lane) and V (3, 7, 11, 15) as words.
                 static constexpr LaneTable us = lane_table([](int k) { return k & 1 ? -1 : 1 + 4 * (k / 4); });
                 static constexpr LaneTable vs = lane_table([](int k) { return k & 1 ? -1 : 3 + 4 * (k / 4); });
-                c = pixel_chroma_terms<Adjust>(shuffle_u8(a0, W::template table<us>()), shuffle_u8(b0, W::template table<us>()),
-                                               shuffle_u8(a0, W::template table<vs>()), shuffle_u8(b0, W::template table<vs>()), l);
+                c = pixel_chroma_words(shuffle_u8(a0, W::template table<us>()), shuffle_u8(b0, W::template table<us>()),
+                                       shuffle_u8(a0, W::template table<vs>()), shuffle_u8(b0, W::template table<vs>()));
             } else {
-                Yuy2Planes<W> p = split_yuy2(a0, b0);
-                if constexpr (Adjust::enabled)
-                    p.u = adjust_bytes(p.u, l.chroma_gain, l.u_offset), p.v = adjust_bytes(p.v, l.chroma_gain, l.v_offset);
-                c = chroma_words(p.u, p.v);
+                // Adjusted once per chroma sample, not once per pixel.
+                const Yuy2Planes<W> p = split_yuy2(a0, b0);
+                const W z = W::zero();
+                c = chroma_terms(adjusted_words<Adjust>(unpacklo_u8(p.u, z), l.chroma_gain, l.u_offset),
+                                 adjusted_words<Adjust>(unpacklo_u8(p.v, z), l.chroma_gain, l.v_offset));
             }
             store_luma_words<Format, Adjust>(d0 + i * step, a0 & m, b0 & m, c, l, lanes);
             store_luma_words<Format, Adjust>(d1 + i * step, a1 & m, b1 & m, c, l, lanes);
