@@ -3,8 +3,9 @@
 // composite gets a struct of its own here, `struct Avx2 : VectorVocabulary<Vec<32>>, Avx2Overrides
 // { using Avx2Overrides::name; };`, naming each composite it replaces (a listed name the
 // overrides lack fails the build). None does today: each shared composite measured as fast as
-// the set-specific code it replaced; NEON's gains come as optional primitives instead (structure
-// stores, the doubling multiply), which the shared composites use where a set has them. Whole
+// the set-specific code it replaced; a set's own instructions come as optional primitives
+// instead (NEON's structure stores and doubling multiply, x86's byte-pair multiply-add), which
+// the shared composites use where a set has them. Whole
 // kernels that a set runs no faster than the set below it fall back to that set's version in
 // the kernel tables (core/dispatch.cpp lists them).
 #pragma once
