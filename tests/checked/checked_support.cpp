@@ -5,8 +5,10 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <sstream>
+#include <utility>
 
 namespace dispconv::test {
 
@@ -194,6 +196,106 @@ std::vector<std::ptrdiff_t> record_moves(const MixInfo& after, const Region* giv
                                   std::ptrdiff_t(after.color_key)};
     for (int i = 0; i < 10; ++i) r.push_back((after.*fields[i]).origin() - given[DISPCONV_BUFFER_FRAME_Y + i].origin());
     return r;
+}
+
+namespace {
+
+using Bytes = std::array<std::vector<uint8_t>, DISPCONV_BUFFER_COUNT>;
+
+std::string at(int b, int64_t offset) {
+    return std::string(buffer_name(dispconv_buffer(b))) + " byte " + std::to_string(offset) + " from the kernel's pointer";
+}
+
+}  // namespace
+
+std::string check_accepted(const CheckedCall& c, const dispconv_footprint& fp, const Placements& place,
+                           const Fill& fill) {
+    Bytes pristine;
+    std::array<std::ptrdiff_t, DISPCONV_BUFFER_COUNT> origin{};
+    uint32_t bad = 0;  // buffers the checked interface must refuse
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) {
+        const dispconv_range h = hull(fp, b);
+        const Placement& p = place[b];
+        if (h.begin == h.end) continue;
+        pristine[b].resize(p.empty ? 0 : size_t(h.end - h.begin + p.front + p.back));
+        origin[b] = p.front - h.begin;
+        fill(b, pristine[b]);
+        if (p.empty || p.front < 0 || p.back < 0 || (p.read_only && fp.write[b].begin != fp.write[b].end))
+            bad |= 1u << b;
+    }
+    Bytes checked = pristine;
+    std::array<Region, DISPCONV_BUFFER_COUNT> regions;
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
+        if (hull(fp, b).begin != hull(fp, b).end)
+            regions[b] = place[b].read_only ? Region(std::as_const(checked[b]), origin[b]) : Region(checked[b], origin[b]);
+    MixInfo checked_after;
+    const Result r = run_checked(c, regions.data(), &checked_after);
+    if (bad) {
+        if (r) return "the checked interface accepted a buffer short of its footprint, empty, or const but written";
+        const int b = r.buffer;
+        if (b < 0 || b >= DISPCONV_BUFFER_COUNT || !(bad >> b & 1)) return "refused with " + describe(r) + ", no bad buffer";
+        const Placement& p = place[b];
+        const bool short_by = p.front < 0 || p.back < 0;
+        const Status want = pristine[b].empty() ? Status::empty_span : short_by ? Status::short_buffer : Status::read_only;
+        if (r.status != want || (want == Status::short_buffer && (r.missing_before != std::max<int64_t>(0, -p.front) ||
+                                                                  r.missing_after != std::max<int64_t>(0, -p.back))))
+            return "a bad buffer refused as: " + describe(r);
+        return checked == pristine ? "" : "a refused call wrote";
+    }
+    if (!r) return "the checked interface refused buffers that cover the footprint: " + describe(r);
+
+    // Every instruction set's raw kernel on its own copy; portable, the first, is the reference.
+    Bytes reference;
+    std::vector<std::ptrdiff_t> reference_record;
+    const bool record = facts(c.kernel).shape == Shape::record;
+    const auto compare = [&](const std::string& who, const Bytes& got) -> std::string {
+        for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
+            for (size_t i = 0; i < got[b].size(); ++i) {
+                const int64_t offset = int64_t(i) - origin[b];
+                if (got[b][i] != reference[b][i])
+                    return who + " differs from portable at " + at(b, offset) + " (" + std::to_string(reference[b][i]) +
+                           " vs " + std::to_string(got[b][i]) + ")";
+                if ((offset < fp.write[b].begin || offset >= fp.write[b].end) && got[b][i] != pristine[b][i])
+                    return who + " wrote outside the write footprint at " + at(b, offset);
+            }
+        return "";
+    };
+    for (int i = 0; i < isa_count; ++i) {
+        const KernelTable* table = kernel_table(Isa(i));
+        if (!table) continue;
+        Bytes run = pristine;
+        std::array<uint8_t*, DISPCONV_BUFFER_COUNT> pointers{};
+        for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
+            if (!run[b].empty()) pointers[b] = run[b].data() + origin[b];
+        MIX_INFO after{};
+        run_raw(*table, c, pointers.data(), &after);
+        const std::vector<std::ptrdiff_t> moves = record_moves(after, pointers.data());
+        if (i == 0) reference = run, reference_record = moves;
+        if (std::string problem = compare(isa_name(Isa(i)), run); !problem.empty()) return problem;
+        if (record && moves != reference_record) return std::string(isa_name(Isa(i))) + " left the record unlike portable";
+    }
+    if (std::string problem = compare("the checked interface", checked); !problem.empty()) return problem;
+    if (record && record_moves(checked_after, regions.data()) != reference_record)
+        return "the checked interface left the record unlike portable";
+    return "";
+}
+
+std::string check_refused(const CheckedCall& c, Status expected) {
+    dispconv_footprint fp;
+    if (int(footprint_of(c, fp)) != int(expected) || !fp.problem)
+        return "the footprint refused otherwise: " + std::string(fp.problem ? fp.problem : "no reason");
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
+        if (hull(fp, b).begin != hull(fp, b).end) return "the refused footprint left ranges";
+    // Generous buffers: only the geometry can make the call fail.
+    constexpr size_t room = size_t(1) << 16;
+    Bytes pristine, bytes;
+    std::array<Region, DISPCONV_BUFFER_COUNT> regions;
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) pristine[b].assign(room, uint8_t(0xA5 + b));
+    bytes = pristine;
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) regions[b] = Region(bytes[b], room / 2);
+    const Result r = run_checked(c, regions.data());
+    if (r.status != expected || !r.problem) return "the checked interface said " + describe(r);
+    return bytes == pristine ? "" : "the refused call wrote";
 }
 
 GuardedBytes::GuardedBytes(size_t bytes, Edge edge) : size_(bytes) {
