@@ -67,7 +67,7 @@ TEST(LoadimageYuy2MonoAjust, GreyChromaWithoutChromaPlanes) {
     loadimage_yuy2_mono_ajust(f.y.data(), nullptr, nullptr, got.data(), 32, 3, 32, 64, nullptr);
     for (int r = 0; r < 4; ++r)
         for (int x = 0; x < 32; ++x) {
-            want[size_t(r) * 64 + 2 * x] = uint8_t(std::min(255, (f.Y(r, x) * 80 >> 6) + 5));
+            want[size_t(r) * 64 + 2 * x] = adj(f.Y(r, x), 80, 5);
             want[size_t(r) * 64 + 2 * x + 1] = 128;
         }
     EXPECT_TRUE(same_bytes(want, got));
@@ -79,7 +79,6 @@ TEST(LoadimageHalfYuy2Ajust, AveragesNeighbouringPairs) {
     PlanarFrame f(width, height, stride, 15);
     f.y[0] = 10, f.y[1] = 11, f.y[2] = 10, f.y[3] = 12;  // both average to 11
     Buffer want(size_t(dst_stride) * 5), got = want;
-    auto avg = [](int a, int b) { return uint8_t((a + b + 1) >> 1); };
     for (int r = 0; r <= height; ++r)
         for (int j = 0; j < width / 2; j += 2) {
             uint8_t* p = &want[size_t(r) * dst_stride + 2 * j];
