@@ -95,7 +95,7 @@ void on_fault(int) {
 std::string describe(const CheckedCall& c) {
     std::ostringstream s;
     s << kernel_name(c.kernel);
-    if (facts(c.kernel).shape == Shape::record)
+    if (c.kernel < DISPCONV_KERNEL_COUNT && facts(c.kernel).shape == Shape::record)
         s << " width " << c.info.width << " height " << c.info.height << " frame_stride " << c.info.frame_stride
           << " sub_stride " << c.info.sub_stride << " image_stride " << c.info.image_stride;
     else
@@ -198,36 +198,77 @@ std::vector<std::ptrdiff_t> record_moves(const MixInfo& after, const Region* giv
     return r;
 }
 
+std::array<uint8_t*, DISPCONV_BUFFER_COUNT> Buffers::pointers() {
+    std::array<uint8_t*, DISPCONV_BUFFER_COUNT> p{};
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
+        if (!bytes[b].empty()) p[b] = bytes[b].data() + origin[b];
+    return p;
+}
+
 namespace {
 
-using Bytes = std::array<std::vector<uint8_t>, DISPCONV_BUFFER_COUNT>;
-
-std::string at(int b, int64_t offset) {
-    return std::string(buffer_name(dispconv_buffer(b))) + " byte " + std::to_string(offset) + " from the kernel's pointer";
+// Where `got` differs from `want`, or (with a footprint) from `pristine` outside the writes.
+std::string differences(const std::string& who, const Buffers& got, const Buffers& want, const Buffers& pristine,
+                        const dispconv_footprint* fp) {
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
+        for (size_t i = 0, n = fp || got.bytes[b] != want.bytes[b] ? got.bytes[b].size() : 0; i < n; ++i) {
+            const int64_t offset = int64_t(i) - got.origin[b];
+            const auto at = [&] {
+                return std::string(buffer_name(dispconv_buffer(b))) + " byte " + std::to_string(offset) + " from the kernel's pointer";
+            };
+            if (got.bytes[b][i] != want.bytes[b][i])
+                return who + " differs from portable at " + at() + " (" + std::to_string(want.bytes[b][i]) + " vs " +
+                       std::to_string(got.bytes[b][i]) + ")";
+            if (fp && (offset < fp->write[b].begin || offset >= fp->write[b].end) && got.bytes[b][i] != pristine.bytes[b][i])
+                return who + " wrote outside the write footprint at " + at();
+        }
+    return "";
 }
 
 }  // namespace
 
+std::string same_on_every_isa(const CheckedCall& c, const Buffers& in, const dispconv_footprint* fp, Buffers* portable,
+                              std::vector<std::ptrdiff_t>* record) {
+    Buffers reference;
+    std::vector<std::ptrdiff_t> reference_record;
+    for (int i = 0; i < isa_count; ++i) {
+        const KernelTable* table = kernel_table(Isa(i));
+        if (!table) continue;
+        Buffers run = in;
+        std::array<uint8_t*, DISPCONV_BUFFER_COUNT> pointers = run.pointers();
+        MIX_INFO after{};
+        run_raw(*table, c, pointers.data(), &after);
+        std::vector<std::ptrdiff_t> moves = record_moves(after, pointers.data());
+        moves.insert(moves.end(), {after.reserved1, after.reserved2});
+        if (i == 0) reference = run, reference_record = moves;
+        if (std::string problem = differences(isa_name(Isa(i)), run, reference, in, fp); !problem.empty()) return problem;
+        if (moves != reference_record) return std::string(isa_name(Isa(i))) + " left the record unlike portable";
+    }
+    if (portable) *portable = std::move(reference);
+    if (record) *record = std::move(reference_record);
+    return "";
+}
+
 std::string check_accepted(const CheckedCall& c, const dispconv_footprint& fp, const Placements& place,
                            const Fill& fill) {
-    Bytes pristine;
-    std::array<std::ptrdiff_t, DISPCONV_BUFFER_COUNT> origin{};
+    Buffers pristine;
     uint32_t bad = 0;  // buffers the checked interface must refuse
     for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) {
         const dispconv_range h = hull(fp, b);
         const Placement& p = place[b];
         if (h.begin == h.end) continue;
-        pristine[b].resize(p.empty ? 0 : size_t(h.end - h.begin + p.front + p.back));
-        origin[b] = p.front - h.begin;
-        fill(b, pristine[b]);
+        pristine.bytes[b].resize(p.empty ? 0 : size_t(h.end - h.begin + p.front + p.back));
+        pristine.origin[b] = p.front - h.begin;
+        fill(b, pristine.bytes[b]);
         if (p.empty || p.front < 0 || p.back < 0 || (p.read_only && fp.write[b].begin != fp.write[b].end))
             bad |= 1u << b;
     }
-    Bytes checked = pristine;
+    Buffers checked = pristine;
     std::array<Region, DISPCONV_BUFFER_COUNT> regions;
     for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
         if (hull(fp, b).begin != hull(fp, b).end)
-            regions[b] = place[b].read_only ? Region(std::as_const(checked[b]), origin[b]) : Region(checked[b], origin[b]);
+            regions[b] = place[b].read_only ? Region(std::as_const(checked.bytes[b]), checked.origin[b])
+                                            : Region(checked.bytes[b], checked.origin[b]);
     MixInfo checked_after;
     const Result r = run_checked(c, regions.data(), &checked_after);
     if (bad) {
@@ -236,46 +277,21 @@ std::string check_accepted(const CheckedCall& c, const dispconv_footprint& fp, c
         if (b < 0 || b >= DISPCONV_BUFFER_COUNT || !(bad >> b & 1)) return "refused with " + describe(r) + ", no bad buffer";
         const Placement& p = place[b];
         const bool short_by = p.front < 0 || p.back < 0;
-        const Status want = pristine[b].empty() ? Status::empty_span : short_by ? Status::short_buffer : Status::read_only;
+        const Status want = pristine.bytes[b].empty() ? Status::empty_span : short_by ? Status::short_buffer : Status::read_only;
         if (r.status != want || (want == Status::short_buffer && (r.missing_before != std::max<int64_t>(0, -p.front) ||
                                                                   r.missing_after != std::max<int64_t>(0, -p.back))))
             return "a bad buffer refused as: " + describe(r);
-        return checked == pristine ? "" : "a refused call wrote";
+        return checked.bytes == pristine.bytes ? "" : "a refused call wrote";
     }
     if (!r) return "the checked interface refused buffers that cover the footprint: " + describe(r);
-
-    // Every instruction set's raw kernel on its own copy; portable, the first, is the reference.
-    Bytes reference;
+    Buffers reference;
     std::vector<std::ptrdiff_t> reference_record;
-    const bool record = facts(c.kernel).shape == Shape::record;
-    const auto compare = [&](const std::string& who, const Bytes& got) -> std::string {
-        for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
-            for (size_t i = 0; i < got[b].size(); ++i) {
-                const int64_t offset = int64_t(i) - origin[b];
-                if (got[b][i] != reference[b][i])
-                    return who + " differs from portable at " + at(b, offset) + " (" + std::to_string(reference[b][i]) +
-                           " vs " + std::to_string(got[b][i]) + ")";
-                if ((offset < fp.write[b].begin || offset >= fp.write[b].end) && got[b][i] != pristine[b][i])
-                    return who + " wrote outside the write footprint at " + at(b, offset);
-            }
-        return "";
-    };
-    for (int i = 0; i < isa_count; ++i) {
-        const KernelTable* table = kernel_table(Isa(i));
-        if (!table) continue;
-        Bytes run = pristine;
-        std::array<uint8_t*, DISPCONV_BUFFER_COUNT> pointers{};
-        for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
-            if (!run[b].empty()) pointers[b] = run[b].data() + origin[b];
-        MIX_INFO after{};
-        run_raw(*table, c, pointers.data(), &after);
-        const std::vector<std::ptrdiff_t> moves = record_moves(after, pointers.data());
-        if (i == 0) reference = run, reference_record = moves;
-        if (std::string problem = compare(isa_name(Isa(i)), run); !problem.empty()) return problem;
-        if (record && moves != reference_record) return std::string(isa_name(Isa(i))) + " left the record unlike portable";
-    }
-    if (std::string problem = compare("the checked interface", checked); !problem.empty()) return problem;
-    if (record && record_moves(checked_after, regions.data()) != reference_record)
+    if (std::string problem = same_on_every_isa(c, pristine, &fp, &reference, &reference_record); !problem.empty())
+        return problem;
+    if (std::string problem = differences("the checked interface", checked, reference, pristine, &fp); !problem.empty())
+        return problem;
+    reference_record.resize(reference_record.size() - 2);  // the checked record has no reserved words
+    if (facts(c.kernel).shape == Shape::record && record_moves(checked_after, regions.data()) != reference_record)
         return "the checked interface left the record unlike portable";
     return "";
 }
@@ -288,7 +304,7 @@ std::string check_refused(const CheckedCall& c, Status expected) {
         if (hull(fp, b).begin != hull(fp, b).end) return "the refused footprint left ranges";
     // Generous buffers: only the geometry can make the call fail.
     constexpr size_t room = size_t(1) << 16;
-    Bytes pristine, bytes;
+    std::array<std::vector<uint8_t>, DISPCONV_BUFFER_COUNT> pristine, bytes;
     std::array<Region, DISPCONV_BUFFER_COUNT> regions;
     for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) pristine[b].assign(room, uint8_t(0xA5 + b));
     bytes = pristine;

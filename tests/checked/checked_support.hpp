@@ -59,6 +59,20 @@ CheckedCall make_call(dispconv_kernel k, int32_t width, int32_t height, int pad,
 std::vector<CheckedCall> contract_calls();
 std::vector<BadCall> bad_calls();
 
+// Each touched buffer's bytes, and the index of the kernel's pointer in them.
+struct Buffers {
+    std::array<std::vector<uint8_t>, DISPCONV_BUFFER_COUNT> bytes;
+    std::array<std::ptrdiff_t, DISPCONV_BUFFER_COUNT> origin{};
+    std::array<uint8_t*, DISPCONV_BUFFER_COUNT> pointers();  // null for untouched buffers
+};
+
+// The raw kernel of every instruction set this CPU has, each on its own copy of `in`: every
+// buffer whole and the record left (with its reserved words) must come out as portable leaves
+// them, and where `fp` is given nothing may change outside its write footprint. Returns what went
+// wrong, or ""; `portable` receives portable's run, `record` its record.
+std::string same_on_every_isa(const CheckedCall& c, const Buffers& in, const dispconv_footprint* fp,
+                              Buffers* portable = nullptr, std::vector<std::ptrdiff_t>* record = nullptr);
+
 // How one buffer's span sits around its footprint's hull: `front` / `back` bytes added before /
 // after it (negative: missing), or no bytes at all, or made from const bytes.
 struct Placement {
@@ -70,9 +84,9 @@ using Fill = std::function<void(int buffer, std::vector<uint8_t>& bytes)>;
 
 // A call inside the contract, each touched buffer its own allocation placed as `place` says and
 // filled by `fill`. Where a buffer is short, empty, or const but written, the checked interface
-// must refuse it, naming that buffer and the bytes missing, and write nothing. Otherwise it and
-// every instruction set's raw kernel, each on its own copy, must write what portable writes, only
-// inside the write footprint, and leave the record alike. Returns what went wrong, or "".
+// must refuse it, naming that buffer and the bytes missing, and write nothing. Otherwise it must
+// write what portable writes (as every instruction set must), only inside the write footprint,
+// and leave the record alike. Returns what went wrong, or "".
 std::string check_accepted(const CheckedCall& c, const dispconv_footprint& fp, const Placements& place,
                            const Fill& fill);
 // A call outside the contract: the footprint and the checked interface refuse it with `expected`,
