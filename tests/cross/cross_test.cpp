@@ -3,8 +3,10 @@
 // the minimum, bottom-up and overlapping rows, refused layouts), runs through the portable
 // reference and every other instruction set this CPU has, on the same input, each buffer with
 // room around it; every buffer whole, and the record after the call, must come out identical.
-// A mismatch prints the kernel, the set, the geometry, the seed and the first differing byte.
+// Portable leaves what a kernel refuses untouched, and an adjusting kernel under neutral
+// settings writes what its plain twin writes. A mismatch prints the kernel, the set, the geometry, the seed and the first differing byte.
 // `--seed=N` (see main) draws other inputs.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -105,7 +107,30 @@ void shape_contents(const CrossCase& x, Buffers& a, uint32_t seed) {
     shape_contents(x, in, seed);
     ajust_contrast_info s = cross_settings(seed);
     get_contrast_data(&s);
-    if (const std::string problem = same_on_every_isa(x.call, in, nullptr); !problem.empty())
+    Buffers portable, twin;
+    std::vector<std::ptrdiff_t> record;
+    std::string problem = same_on_every_isa(x.call, in, nullptr, &portable, &record);
+    const KernelFacts& f = facts(x.call.kernel);
+    const int32_t height = f.shape == Shape::record ? x.call.info.height : x.call.height;
+    // What a kernel refuses (heights below its least, odd ones for the adjusting YV12-to-YUY2
+    // loader, layouts outside 0..3) it leaves as it was: every buffer, the record's height and
+    // pointers.
+    const bool refused = (f.has(refuses_low) && (height < f.min_height ||
+                                                 (x.call.kernel == DISPCONV_KERNEL_loadimage_yuy2_ajust && height % 2))) ||
+                         (f.has(layout) && uint32_t(x.call.settings.rgb16_layout) > 3);
+    if (problem.empty() && refused &&
+        (portable.bytes != in.bytes || record[4] != x.call.info.height ||
+         std::any_of(record.begin() + 6, record.begin() + 16, [](std::ptrdiff_t move) { return move != 0; })))
+        problem = "portable wrote, or moved the record, where the kernel refuses";
+    // Under neutral settings an adjusting kernel writes what its plain twin writes.
+    if (problem.empty() && f.plain != DISPCONV_KERNEL_COUNT && !x.any_alpha && s.luma_gain == 64 && s.chroma_gain == 64 &&
+        !s.luma_offset && !s.u_offset && !s.v_offset) {
+        CheckedCall plain = x.call;
+        plain.kernel = f.plain;
+        problem = same_on_every_isa(plain, in, nullptr, &twin);
+        if (problem.empty() && twin.bytes != portable.bytes) problem = "under neutral settings unlike " + describe(plain);
+    }
+    if (!problem.empty())
         return ::testing::AssertionFailure() << describe(x.call) << (x.extremes ? " extremes" : "")
                                              << (x.any_alpha ? " any alpha" : "") << ", seed " << seed
                                              << " (--seed=" << cross_seed << "): " << problem;
@@ -113,8 +138,8 @@ void shape_contents(const CrossCase& x, Buffers& a, uint32_t seed) {
 }
 
 // Geometries of one kernel: widths of one and more blocks and (where the walk defines them) off
-// the block; heights below the least, at it, odd and of the parity; bottom-up, overlapping and
-// tight rows; every 16-bit layout and refused ones; realistic sizes.
+// the block; heights below the least (negative where refused), at it, odd and of the parity;
+// bottom-up, overlapping and tight rows; every 16-bit layout and refused ones; realistic sizes.
 std::vector<CrossCase> cases_of(dispconv_kernel k) {
     const KernelFacts& f = facts(k);
     const int32_t b = std::max(f.block, 8), least = f.least_width, m = f.min_height;
@@ -124,8 +149,8 @@ std::vector<CrossCase> cases_of(dispconv_kernel k) {
     std::vector<CrossCase> all;
     int variant = 0;
     for (int32_t w : widths)
-        for (int32_t h : {m - 1, m, m + 1, m + f.parity + 2, 0}) {
-            if ((h == 0 && !f.has(zero_height)) || (h < m && f.has(unguarded))) continue;
+        for (int32_t h : {m - 1, m, m + 1, m + f.parity + 2, 0, -2}) {
+            if ((h == 0 && !f.has(zero_height)) || (h < m && f.has(unguarded)) || (h < 0 && !f.has(refuses_low))) continue;
             const int v = variant++;
             CrossCase x{make_call(k, w, h, 8 + 2 * (v % 3), v % 4 == 1 ? -1 : 1, f.has(layout) ? v % 6 - 1 : 0)};
             if (f.has(layout) && x.call.settings.rgb16_layout == 4) x.call.settings.rgb16_layout = 7;
