@@ -14,6 +14,15 @@ namespace dispconv::test {
 
 namespace {
 
+// A record's buffers, in the order of dispconv_buffer from DISPCONV_BUFFER_FRAME_Y.
+constexpr int record_buffers = 10;
+uint8_t* MIX_INFO::*const raw_fields[record_buffers] = {
+    &MIX_INFO::frame_y, &MIX_INFO::frame_v, &MIX_INFO::frame_u, &MIX_INFO::sub_opacity, &MIX_INFO::sub_y,
+    &MIX_INFO::sub_v,   &MIX_INFO::sub_u,   &MIX_INFO::image,   &MIX_INFO::image_u,     &MIX_INFO::image_v};
+Region MixInfo::*const checked_fields[record_buffers] = {
+    &MixInfo::frame_y, &MixInfo::frame_v, &MixInfo::frame_u, &MixInfo::sub_opacity, &MixInfo::sub_y,
+    &MixInfo::sub_v,   &MixInfo::sub_u,   &MixInfo::image,   &MixInfo::image_u,     &MixInfo::image_v};
+
 // Records carrying the call's scalars and, once known, its pointers.
 struct Records {
     MIX_INFO info;
@@ -71,11 +80,7 @@ Result adapt(Result (*f)(MixInfo&), const CheckedCall& c, R r, MixInfo* after) {
     MixInfo m;
     m.frame_stride = c.info.frame_stride, m.sub_stride = c.info.sub_stride;
     m.image_stride = c.info.image_stride, m.width = c.info.width, m.height = c.info.height;
-    m.frame_y = r[DISPCONV_BUFFER_FRAME_Y], m.frame_v = r[DISPCONV_BUFFER_FRAME_V];
-    m.frame_u = r[DISPCONV_BUFFER_FRAME_U], m.sub_opacity = r[DISPCONV_BUFFER_SUB_OPACITY];
-    m.sub_y = r[DISPCONV_BUFFER_SUB_Y], m.sub_v = r[DISPCONV_BUFFER_SUB_V], m.sub_u = r[DISPCONV_BUFFER_SUB_U];
-    m.image = r[DISPCONV_BUFFER_IMAGE], m.image_u = r[DISPCONV_BUFFER_IMAGE_U];
-    m.image_v = r[DISPCONV_BUFFER_IMAGE_V];
+    for (int i = 0; i < record_buffers; ++i) m.*checked_fields[i] = r[DISPCONV_BUFFER_FRAME_Y + i];
     m.color_key = c.info.color_key;
     m.surface_format = c.no_settings ? nullptr : &c.settings;
     const Result result = f(m);
@@ -139,9 +144,7 @@ Result run_checked(const CheckedCall& c, Region* regions, MixInfo* after) {
 void run_raw(const KernelTable& t, const CheckedCall& c, uint8_t* const* p, MIX_INFO* after) {
     Records rec(c);
     MIX_INFO* info = &rec.info;
-    uint8_t** fields[] = {&info->frame_y, &info->frame_v, &info->frame_u, &info->sub_opacity, &info->sub_y,
-                          &info->sub_v,   &info->sub_u,   &info->image,   &info->image_u,     &info->image_v};
-    for (int i = 0; i < 10; ++i) *fields[i] = p[DISPCONV_BUFFER_FRAME_Y + i];
+    for (int i = 0; i < record_buffers; ++i) info->*raw_fields[i] = p[DISPCONV_BUFFER_FRAME_Y + i];
     tagVideoFrame* frame = &rec.frame;
     frame->plane_y = p[DISPCONV_BUFFER_SRC_Y], frame->plane_u = p[DISPCONV_BUFFER_SRC_U];
     frame->plane_v = p[DISPCONV_BUFFER_SRC_V];
@@ -179,22 +182,17 @@ void run_raw(const KernelTable& t, const CheckedCall& c, uint8_t* const* p, MIX_
 }
 
 std::vector<std::ptrdiff_t> record_moves(const MIX_INFO& after, uint8_t* const* given) {
-    uint8_t* const MIX_INFO::*fields[] = {&MIX_INFO::frame_y, &MIX_INFO::frame_v, &MIX_INFO::frame_u,
-                                          &MIX_INFO::sub_opacity, &MIX_INFO::sub_y, &MIX_INFO::sub_v,
-                                          &MIX_INFO::sub_u, &MIX_INFO::image, &MIX_INFO::image_u, &MIX_INFO::image_v};
     std::vector<std::ptrdiff_t> r{after.frame_stride, after.sub_stride, after.image_stride, after.width, after.height,
                                   std::ptrdiff_t(after.color_key)};
-    for (int i = 0; i < 10; ++i) r.push_back(after.*fields[i] - given[DISPCONV_BUFFER_FRAME_Y + i]);
+    for (int i = 0; i < record_buffers; ++i) r.push_back(after.*raw_fields[i] - given[DISPCONV_BUFFER_FRAME_Y + i]);
     return r;
 }
 
 std::vector<std::ptrdiff_t> record_moves(const MixInfo& after, const Region* given) {
-    const Region MixInfo::*fields[] = {&MixInfo::frame_y, &MixInfo::frame_v, &MixInfo::frame_u,
-                                       &MixInfo::sub_opacity, &MixInfo::sub_y, &MixInfo::sub_v,
-                                       &MixInfo::sub_u, &MixInfo::image, &MixInfo::image_u, &MixInfo::image_v};
     std::vector<std::ptrdiff_t> r{after.frame_stride, after.sub_stride, after.image_stride, after.width, after.height,
                                   std::ptrdiff_t(after.color_key)};
-    for (int i = 0; i < 10; ++i) r.push_back((after.*fields[i]).origin() - given[DISPCONV_BUFFER_FRAME_Y + i].origin());
+    for (int i = 0; i < record_buffers; ++i)
+        r.push_back((after.*checked_fields[i]).origin() - given[DISPCONV_BUFFER_FRAME_Y + i].origin());
     return r;
 }
 
