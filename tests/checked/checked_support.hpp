@@ -1,7 +1,7 @@
-// Shared machinery of the footprint tests and the kernel fuzzer: one description of a call that
-// can be sent through the checked C++ interface or through any instruction set's raw kernel, the
-// checks of an accepted and of a refused call, and buffers that end (or start) exactly at an
-// inaccessible page.
+// Shared machinery of the footprint tests, the cross check, the threads test and the kernel fuzzer:
+// one description of a call that can be sent through the checked C++ interface or through any
+// instruction set's raw kernel, the checks of an accepted and of a refused call and of every set
+// against portable, and buffers that end (or start) exactly at an inaccessible page.
 #pragma once
 
 #include <array>
