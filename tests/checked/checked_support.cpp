@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <sstream>
 #include <utility>
@@ -214,9 +215,15 @@ std::string differences(const std::string& who, const Buffers& got, const Buffer
             const auto at = [&] {
                 return std::string(buffer_name(dispconv_buffer(b))) + " byte " + std::to_string(offset) + " from the kernel's pointer";
             };
-            if (got.bytes[b][i] != want.bytes[b][i])
-                return who + " differs from portable at " + at() + " (" + std::to_string(want.bytes[b][i]) + " vs " +
-                       std::to_string(got.bytes[b][i]) + ")";
+            if (got.bytes[b][i] != want.bytes[b][i]) {
+                std::string around;  // portable's and this run's bytes from there on
+                for (size_t j = i; j < i + 8 && j < got.bytes[b].size(); ++j) {
+                    char text[16];
+                    std::snprintf(text, sizeof text, " %02X/%02X", want.bytes[b][j], got.bytes[b][j]);
+                    around += text;
+                }
+                return who + " differs from portable at " + at() + " (portable/this run:" + around + ")";
+            }
             if (fp && (offset < fp->write[b].begin || offset >= fp->write[b].end) && got.bytes[b][i] != pristine.bytes[b][i])
                 return who + " wrote outside the write footprint at " + at();
         }

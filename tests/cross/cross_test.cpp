@@ -4,8 +4,9 @@
 // reference and every other instruction set this CPU has, on the same input, each buffer with
 // room around it; every buffer whole, and the record after the call, must come out identical.
 // Portable leaves what a kernel refuses untouched, and an adjusting kernel under neutral
-// settings writes what its plain twin writes. A mismatch prints the kernel, the set, the geometry, the seed and the first differing byte.
-// `--seed=N` (see main) draws other inputs.
+// settings writes what its plain twin writes. A mismatch prints the kernel, the set, the
+// geometry, the seed and the bytes from the first difference on. `--seed=N` (see main) draws
+// other inputs.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
