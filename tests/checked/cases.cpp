@@ -148,7 +148,11 @@ std::vector<BadCall> bad_calls() {
                 add(c, Status::bad_layout);
             }
         }
-        if (f.has(layout) || f.has(placement)) add(without_settings(good).call, Status::bad_argument);
+        if (f.has(layout) || f.has(placement)) {
+            CheckedCall c = good;
+            c.no_settings = true;
+            add(c, Status::bad_argument);
+        }
         if (f.has(plane_choice))
             for (int32_t plane : {0, 4}) add(with(good, &CheckedCall::plane, plane), Status::bad_argument);
     }

@@ -5,12 +5,24 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <sstream>
+#include <utility>
 
 namespace dispconv::test {
 
 namespace {
+
+// A record's buffers, in the order of dispconv_buffer from DISPCONV_BUFFER_FRAME_Y.
+constexpr int record_buffers = 10;
+uint8_t* MIX_INFO::*const raw_fields[record_buffers] = {
+    &MIX_INFO::frame_y, &MIX_INFO::frame_v, &MIX_INFO::frame_u, &MIX_INFO::sub_opacity, &MIX_INFO::sub_y,
+    &MIX_INFO::sub_v,   &MIX_INFO::sub_u,   &MIX_INFO::image,   &MIX_INFO::image_u,     &MIX_INFO::image_v};
+Region MixInfo::*const checked_fields[record_buffers] = {
+    &MixInfo::frame_y, &MixInfo::frame_v, &MixInfo::frame_u, &MixInfo::sub_opacity, &MixInfo::sub_y,
+    &MixInfo::sub_v,   &MixInfo::sub_u,   &MixInfo::image,   &MixInfo::image_u,     &MixInfo::image_v};
 
 // Records carrying the call's scalars and, once known, its pointers.
 struct Records {
@@ -69,11 +81,7 @@ Result adapt(Result (*f)(MixInfo&), const CheckedCall& c, R r, MixInfo* after) {
     MixInfo m;
     m.frame_stride = c.info.frame_stride, m.sub_stride = c.info.sub_stride;
     m.image_stride = c.info.image_stride, m.width = c.info.width, m.height = c.info.height;
-    m.frame_y = r[DISPCONV_BUFFER_FRAME_Y], m.frame_v = r[DISPCONV_BUFFER_FRAME_V];
-    m.frame_u = r[DISPCONV_BUFFER_FRAME_U], m.sub_opacity = r[DISPCONV_BUFFER_SUB_OPACITY];
-    m.sub_y = r[DISPCONV_BUFFER_SUB_Y], m.sub_v = r[DISPCONV_BUFFER_SUB_V], m.sub_u = r[DISPCONV_BUFFER_SUB_U];
-    m.image = r[DISPCONV_BUFFER_IMAGE], m.image_u = r[DISPCONV_BUFFER_IMAGE_U];
-    m.image_v = r[DISPCONV_BUFFER_IMAGE_V];
+    for (int i = 0; i < record_buffers; ++i) m.*checked_fields[i] = r[DISPCONV_BUFFER_FRAME_Y + i];
     m.color_key = c.info.color_key;
     m.surface_format = c.no_settings ? nullptr : &c.settings;
     const Result result = f(m);
@@ -93,7 +101,7 @@ void on_fault(int) {
 std::string describe(const CheckedCall& c) {
     std::ostringstream s;
     s << kernel_name(c.kernel);
-    if (facts(c.kernel).shape == Shape::record)
+    if (c.kernel < DISPCONV_KERNEL_COUNT && facts(c.kernel).shape == Shape::record)
         s << " width " << c.info.width << " height " << c.info.height << " frame_stride " << c.info.frame_stride
           << " sub_stride " << c.info.sub_stride << " image_stride " << c.info.image_stride;
     else
@@ -137,9 +145,7 @@ Result run_checked(const CheckedCall& c, Region* regions, MixInfo* after) {
 void run_raw(const KernelTable& t, const CheckedCall& c, uint8_t* const* p, MIX_INFO* after) {
     Records rec(c);
     MIX_INFO* info = &rec.info;
-    uint8_t** fields[] = {&info->frame_y, &info->frame_v, &info->frame_u, &info->sub_opacity, &info->sub_y,
-                          &info->sub_v,   &info->sub_u,   &info->image,   &info->image_u,     &info->image_v};
-    for (int i = 0; i < 10; ++i) *fields[i] = p[DISPCONV_BUFFER_FRAME_Y + i];
+    for (int i = 0; i < record_buffers; ++i) info->*raw_fields[i] = p[DISPCONV_BUFFER_FRAME_Y + i];
     tagVideoFrame* frame = &rec.frame;
     frame->plane_y = p[DISPCONV_BUFFER_SRC_Y], frame->plane_u = p[DISPCONV_BUFFER_SRC_U];
     frame->plane_v = p[DISPCONV_BUFFER_SRC_V];
@@ -177,23 +183,140 @@ void run_raw(const KernelTable& t, const CheckedCall& c, uint8_t* const* p, MIX_
 }
 
 std::vector<std::ptrdiff_t> record_moves(const MIX_INFO& after, uint8_t* const* given) {
-    uint8_t* const MIX_INFO::*fields[] = {&MIX_INFO::frame_y, &MIX_INFO::frame_v, &MIX_INFO::frame_u,
-                                          &MIX_INFO::sub_opacity, &MIX_INFO::sub_y, &MIX_INFO::sub_v,
-                                          &MIX_INFO::sub_u, &MIX_INFO::image, &MIX_INFO::image_u, &MIX_INFO::image_v};
     std::vector<std::ptrdiff_t> r{after.frame_stride, after.sub_stride, after.image_stride, after.width, after.height,
                                   std::ptrdiff_t(after.color_key)};
-    for (int i = 0; i < 10; ++i) r.push_back(after.*fields[i] - given[DISPCONV_BUFFER_FRAME_Y + i]);
+    for (int i = 0; i < record_buffers; ++i) r.push_back(after.*raw_fields[i] - given[DISPCONV_BUFFER_FRAME_Y + i]);
     return r;
 }
 
 std::vector<std::ptrdiff_t> record_moves(const MixInfo& after, const Region* given) {
-    const Region MixInfo::*fields[] = {&MixInfo::frame_y, &MixInfo::frame_v, &MixInfo::frame_u,
-                                       &MixInfo::sub_opacity, &MixInfo::sub_y, &MixInfo::sub_v,
-                                       &MixInfo::sub_u, &MixInfo::image, &MixInfo::image_u, &MixInfo::image_v};
     std::vector<std::ptrdiff_t> r{after.frame_stride, after.sub_stride, after.image_stride, after.width, after.height,
                                   std::ptrdiff_t(after.color_key)};
-    for (int i = 0; i < 10; ++i) r.push_back((after.*fields[i]).origin() - given[DISPCONV_BUFFER_FRAME_Y + i].origin());
+    for (int i = 0; i < record_buffers; ++i)
+        r.push_back((after.*checked_fields[i]).origin() - given[DISPCONV_BUFFER_FRAME_Y + i].origin());
     return r;
+}
+
+std::array<uint8_t*, DISPCONV_BUFFER_COUNT> Buffers::pointers() {
+    std::array<uint8_t*, DISPCONV_BUFFER_COUNT> p{};
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
+        if (!bytes[b].empty()) p[b] = bytes[b].data() + origin[b];
+    return p;
+}
+
+namespace {
+
+// Where `got` differs from `want`, or (with a footprint) from `pristine` outside the writes.
+std::string differences(const std::string& who, const Buffers& got, const Buffers& want, const Buffers& pristine,
+                        const dispconv_footprint* fp) {
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
+        for (size_t i = 0, n = fp || got.bytes[b] != want.bytes[b] ? got.bytes[b].size() : 0; i < n; ++i) {
+            const int64_t offset = int64_t(i) - got.origin[b];
+            const auto at = [&] {
+                return std::string(buffer_name(dispconv_buffer(b))) + " byte " + std::to_string(offset) + " from the kernel's pointer";
+            };
+            if (got.bytes[b][i] != want.bytes[b][i]) {
+                std::string around;  // portable's and this run's bytes from there on
+                for (size_t j = i; j < i + 8 && j < got.bytes[b].size(); ++j) {
+                    char text[16];
+                    std::snprintf(text, sizeof text, " %02X/%02X", want.bytes[b][j], got.bytes[b][j]);
+                    around += text;
+                }
+                return who + " differs from portable at " + at() + " (portable/this run:" + around + ")";
+            }
+            if (fp && (offset < fp->write[b].begin || offset >= fp->write[b].end) && got.bytes[b][i] != pristine.bytes[b][i])
+                return who + " wrote outside the write footprint at " + at();
+        }
+    return "";
+}
+
+}  // namespace
+
+std::string same_on_every_isa(const CheckedCall& c, const Buffers& in, const dispconv_footprint* fp, Buffers* portable,
+                              std::vector<std::ptrdiff_t>* record) {
+    Buffers reference;
+    std::vector<std::ptrdiff_t> reference_record;
+    for (int i = 0; i < isa_count; ++i) {
+        const KernelTable* table = kernel_table(Isa(i));
+        if (!table) continue;
+        Buffers run = in;
+        std::array<uint8_t*, DISPCONV_BUFFER_COUNT> pointers = run.pointers();
+        MIX_INFO after{};
+        run_raw(*table, c, pointers.data(), &after);
+        std::vector<std::ptrdiff_t> moves = record_moves(after, pointers.data());
+        moves.insert(moves.end(), {after.reserved1, after.reserved2});
+        if (i == 0) reference = run, reference_record = moves;
+        if (std::string problem = differences(isa_name(Isa(i)), run, reference, in, fp); !problem.empty()) return problem;
+        if (moves != reference_record) return std::string(isa_name(Isa(i))) + " left the record unlike portable";
+    }
+    if (portable) *portable = std::move(reference);
+    if (record) *record = std::move(reference_record);
+    return "";
+}
+
+std::string check_accepted(const CheckedCall& c, const dispconv_footprint& fp, const Placements& place,
+                           const Fill& fill) {
+    Buffers pristine;
+    uint32_t bad = 0;  // buffers the checked interface must refuse
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) {
+        const dispconv_range h = hull(fp, b);
+        const Placement& p = place[b];
+        if (h.begin == h.end) continue;
+        pristine.bytes[b].resize(p.empty ? 0 : size_t(h.end - h.begin + p.front + p.back));
+        pristine.origin[b] = p.front - h.begin;
+        fill(b, pristine.bytes[b]);
+        if (p.empty || p.front < 0 || p.back < 0 || (p.read_only && fp.write[b].begin != fp.write[b].end))
+            bad |= 1u << b;
+    }
+    Buffers checked = pristine;
+    std::array<Region, DISPCONV_BUFFER_COUNT> regions;
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
+        if (hull(fp, b).begin != hull(fp, b).end)
+            regions[b] = place[b].read_only ? Region(std::as_const(checked.bytes[b]), checked.origin[b])
+                                            : Region(checked.bytes[b], checked.origin[b]);
+    MixInfo checked_after;
+    const Result r = run_checked(c, regions.data(), &checked_after);
+    if (bad) {
+        if (r) return "the checked interface accepted a buffer short of its footprint, empty, or const but written";
+        const int b = r.buffer;
+        if (b < 0 || b >= DISPCONV_BUFFER_COUNT || !(bad >> b & 1)) return "refused with " + describe(r) + ", no bad buffer";
+        const Placement& p = place[b];
+        const bool short_by = p.front < 0 || p.back < 0;
+        const Status want = pristine.bytes[b].empty() ? Status::empty_span : short_by ? Status::short_buffer : Status::read_only;
+        if (r.status != want || (want == Status::short_buffer && (r.missing_before != std::max<int64_t>(0, -p.front) ||
+                                                                  r.missing_after != std::max<int64_t>(0, -p.back))))
+            return "a bad buffer refused as: " + describe(r);
+        return checked.bytes == pristine.bytes ? "" : "a refused call wrote";
+    }
+    if (!r) return "the checked interface refused buffers that cover the footprint: " + describe(r);
+    Buffers reference;
+    std::vector<std::ptrdiff_t> reference_record;
+    if (std::string problem = same_on_every_isa(c, pristine, &fp, &reference, &reference_record); !problem.empty())
+        return problem;
+    if (std::string problem = differences("the checked interface", checked, reference, pristine, &fp); !problem.empty())
+        return problem;
+    reference_record.resize(reference_record.size() - 2);  // the checked record has no reserved words
+    if (facts(c.kernel).shape == Shape::record && record_moves(checked_after, regions.data()) != reference_record)
+        return "the checked interface left the record unlike portable";
+    return "";
+}
+
+std::string check_refused(const CheckedCall& c, Status expected) {
+    dispconv_footprint fp;
+    if (int(footprint_of(c, fp)) != int(expected) || !fp.problem)
+        return "the footprint refused otherwise: " + std::string(fp.problem ? fp.problem : "no reason");
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
+        if (hull(fp, b).begin != hull(fp, b).end) return "the refused footprint left ranges";
+    // Generous buffers: only the geometry can make the call fail.
+    constexpr size_t room = size_t(1) << 16;
+    std::array<std::vector<uint8_t>, DISPCONV_BUFFER_COUNT> pristine, bytes;
+    std::array<Region, DISPCONV_BUFFER_COUNT> regions;
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) pristine[b].assign(room, uint8_t(0xA5 + b));
+    bytes = pristine;
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) regions[b] = Region(bytes[b], room / 2);
+    const Result r = run_checked(c, regions.data());
+    if (r.status != expected || !r.problem) return "the checked interface said " + describe(r);
+    return bytes == pristine ? "" : "the refused call wrote";
 }
 
 GuardedBytes::GuardedBytes(size_t bytes, Edge edge) : size_(bytes) {

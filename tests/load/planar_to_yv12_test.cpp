@@ -7,8 +7,6 @@
 namespace dispconv::test {
 namespace {
 
-uint8_t adj(int x, int gain, int offset) { return uint8_t(std::clamp(((x * gain) & 0xFFFF) / 64 + offset, 0, 255)); }
-
 TEST(LoadimageYv12Ajust, PlacesPlanesAndCrossesTheChromaOffsets) {
     // The V plane (from src_v) takes the U offset and the U plane the V offset. Sources are
     // read back to back; the chroma planes go where the two row counts of the record say.

@@ -75,77 +75,51 @@ TEST(DoubleHeightYuy2, MatchesRowTables) {
     }
 }
 
-// The RGB stretchers equal the YUY2 loader's conversion of the plain YUY2 stretch of the
-// same frame, whose samples were adjusted beforehand.
-TEST(DoubleHeightRgb, EqualsConversionOfPlainStretch) {
+// The RGB stretchers equal the YUY2 loader's conversion of the plain YUY2 stretch of the same
+// frame, whose samples were adjusted beforehand. They and the YUY2 double-size stretch walk
+// 16-pixel strips, each top to bottom: where destination rows overlap, the surface is each
+// strip's rows laid down in that order, the rows being those a call with rows apart writes.
+TEST(Stretch, RgbRowsAreConvertedStretchesLaidDownStripByStrip) {
     using Kernel = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t, ajust_contrast_info*);
     struct Case {
         const char* name;
         Kernel stretch, load;
-        int bpp, layout;
-    } cases[] = {
-        {"rgb32", strech_picture_1X2_yuy2_ajust_rgb32, LoadYUY2_RGB32, 4, 0},
-        {"rgb24", strech_picture_1X2_yuy2_ajust_rgb24, LoadYUY2_RGB24, 3, 0},
-        {"rgb16 layout 0", strech_picture_1X2_yuy2_ajust_rgb16, LoadYUY2_RGB16, 2, 0},
-        {"rgb16 layout 1", strech_picture_1X2_yuy2_ajust_rgb16, LoadYUY2_RGB16, 2, 1},
-        {"rgb16 layout 3", strech_picture_1X2_yuy2_ajust_rgb16, LoadYUY2_RGB16, 2, 3},
-    };
-    const ajust_contrast_info adjustments[] = {settings(), settings(90, 40, -16, 50, 70)};
-    const int w = 48, h = 14;
-    for (const ajust_contrast_info& a : adjustments) {
-        Frame f(w, h, 11), pre = adjusted(f, a);
-        set_adjust();
-        Buffer stretched(size_t(2 * w) * 2 * h);
-        strech_picture_1X2_yuy2(pre.y.data(), pre.u.data(), pre.v.data(), stretched.data(), w, h,
-                                pre.y.pitch, 2 * w, nullptr);
-        for (const Case& c : cases) {
-            ajust_contrast_info s = a;
-            s.rgb16_layout = c.layout;
-            const int dst_stride = w * c.bpp + 12;
-            Buffer want(size_t(dst_stride) * 2 * h), got(size_t(dst_stride) * 2 * h);
-            c.load(stretched.data(), nullptr, nullptr, want.data(), w, 2 * h, w, dst_stride, &s);
-            get_contrast_data(&s);
-            c.stretch(f.y.data(), f.u.data(), f.v.data(), got.data(), w, h, f.y.pitch, dst_stride, &s);
-            EXPECT_TRUE(same_bytes(want, got)) << c.name << " luma gain " << a.luma_gain;
-        }
-    }
-}
-
-// The RGB double-height and the YUY2 double-size stretches walk 16-pixel strips, each top to
-// bottom: where destination rows overlap, the surface is each strip's rows laid down in that
-// order, the rows being those a call with rows apart writes.
-TEST(Stretch, OverlappingRowsAreWrittenStripByStrip) {
-    using Frame = void (*)(void*, void*, void*, void*, int32_t, int32_t, int32_t, int32_t, ajust_contrast_info*);
-    struct Case {
-        const char* name;
-        Frame frame;
-        void (*packed)(void*, void*, void*, void*, int32_t, int32_t, int32_t);
-        int width, height, row_bytes, strip_bytes;
+        int width, height, bpp, layout, strip_bytes;
     } const cases[] = {
-        {"rgb32", strech_picture_1X2_yuy2_ajust_rgb32, nullptr, 48, 13, 48 * 4, 64},
-        {"rgb24", strech_picture_1X2_yuy2_ajust_rgb24, nullptr, 64, 12, 64 * 3, 48},
-        {"rgb16", strech_picture_1X2_yuy2_ajust_rgb16, nullptr, 32, 12, 32 * 2, 32},
-        {"yuy2 2x2", nullptr, yuy2_strech_picture_2X2_yuy2, 96, 17, 2 * 96, 64},
+        {"rgb32", strech_picture_1X2_yuy2_ajust_rgb32, LoadYUY2_RGB32, 48, 14, 4, 0, 64},
+        {"rgb24", strech_picture_1X2_yuy2_ajust_rgb24, LoadYUY2_RGB24, 64, 12, 3, 0, 48},
+        {"rgb16 layout 1", strech_picture_1X2_yuy2_ajust_rgb16, LoadYUY2_RGB16, 32, 12, 2, 1, 32},
+        {"rgb16 layout 2", strech_picture_1X2_yuy2_ajust_rgb16, LoadYUY2_RGB16, 48, 16, 2, 2, 32},
+        {"rgb16 layout 3", strech_picture_1X2_yuy2_ajust_rgb16, LoadYUY2_RGB16, 32, 14, 2, 3, 32},
+        {"yuy2 2x2", nullptr, nullptr, 96, 17, 2, 0, 64},
     };
-    set_adjust(80, 50, -6, 20, -20);
-    ajust_contrast_info layout = settings();
-    layout.rgb16_layout = 2;
     for (const Case& c : cases) {
-        const Buffer y = random_buffer(size_t(c.width + 32) * (c.height + 4), 7), u = random_buffer(y.size(), 8),
-                     v = random_buffer(y.size(), 9);
-        auto run = [&](Buffer& dst, int stride) {
-            uint8_t* in = const_cast<uint8_t*>(y.data());
-            if (c.frame) c.frame(in, const_cast<uint8_t*>(u.data()), const_cast<uint8_t*>(v.data()), dst.data(), c.width, c.height, c.width + 32, stride, &layout);
-            else c.packed(in, nullptr, nullptr, dst.data(), c.width, c.height, stride);
+        ajust_contrast_info s = settings(80, 50, -6, 20, -20);
+        s.rgb16_layout = c.layout;
+        Frame f(c.width, c.height + 2, 7), pre = adjusted(f, s);
+        const int row_bytes = c.width * c.bpp, rows = 2 * (c.height + 1), tight = row_bytes / 2 + 8;
+        Buffer apart(size_t(row_bytes) * rows), overlapping(size_t(tight) * rows + row_bytes), want = overlapping;
+        Buffer stretched(size_t(2 * c.width) * 2 * c.height), composed = apart;
+        if (c.stretch) {  // the rows apart, composed
+            set_adjust();
+            strech_picture_1X2_yuy2(pre.y.data(), pre.u.data(), pre.v.data(), stretched.data(), c.width, c.height,
+                                    pre.y.pitch, 2 * c.width, nullptr);
+            c.load(stretched.data(), nullptr, nullptr, composed.data(), c.width, 2 * c.height, c.width, row_bytes, &s);
+        }
+        get_contrast_data(&s);
+        const auto run = [&](Buffer& dst, int stride) {
+            if (c.stretch) c.stretch(f.y.data(), f.u.data(), f.v.data(), dst.data(), c.width, c.height, f.y.pitch, stride, &s);
+            else yuy2_strech_picture_2X2_yuy2(f.y.data(), nullptr, nullptr, dst.data(), c.width, c.height, stride);
         };
-        const int rows = 2 * (c.height + 1), tight = c.row_bytes / 2 + 8;
-        Buffer apart(size_t(c.row_bytes) * rows), overlapping(size_t(tight) * rows + c.row_bytes), want = overlapping;
-        run(apart, c.row_bytes);
+        run(apart, row_bytes);
         run(overlapping, tight);
-        for (int s = 0; s < c.row_bytes / c.strip_bytes; ++s)
-            for (int r = 0; r < rows && (c.packed || r < 2 * (c.height + (c.height & 1))); ++r)
-                std::copy_n(apart.data() + size_t(r) * c.row_bytes + s * c.strip_bytes, c.strip_bytes,
-                            want.data() + size_t(r) * tight + s * c.strip_bytes);
+        if (c.stretch) {
+            EXPECT_TRUE(same_bytes(composed, apart)) << c.name;
+        }
+        for (int strip = 0; strip < row_bytes / c.strip_bytes; ++strip)
+            for (int r = 0; r < rows && (!c.stretch || r < 2 * c.height); ++r)
+                std::copy_n(apart.data() + size_t(r) * row_bytes + strip * c.strip_bytes, c.strip_bytes,
+                            want.data() + size_t(r) * tight + strip * c.strip_bytes);
         EXPECT_TRUE(same_bytes(want, overlapping)) << c.name;
     }
 }

@@ -11,14 +11,8 @@ namespace dispconv::test {
 
 using Row = std::vector<uint8_t>;
 
-inline uint8_t clamp255(int v) { return static_cast<uint8_t>(std::clamp(v, 0, 255)); }
-inline uint8_t avg(int a, int b) { return static_cast<uint8_t>((a + b + 1) >> 1); }
 // (-1, 5, 5, -1) / 8, truncated toward minus infinity, clamped.
 inline uint8_t filt(int a, int b, int c, int d) { return clamp255((5 * b + 5 * c - a - d) >> 3); }
-// Product kept to 16 bits, logical shift by 6, offset, clamped.
-inline uint8_t adj(int x, int gain, int offset) {
-    return clamp255((((x * gain) & 0xFFFF) >> 6) + offset);
-}
 
 inline Row avg_rows(const Row& a, const Row& b) {
     Row r(a.size());

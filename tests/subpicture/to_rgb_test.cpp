@@ -19,22 +19,12 @@ const Format rgb24{"RGB24", load_subpicture_yuy2_rgb24, load_subpicture_yuy2_rgb
 const Format rgb16{"RGB16", load_subpicture_yuy2_rgb16, load_subpicture_yuy2_rgb16_ajust,
                    LoadYUY2_RGB16, LoadYUY2_RGB16_adjust, 2};
 
-// Planes of `pixels` samples read back to back, and a bitmap of `rows` rows.
-struct Job {
-    Buffer y, u, v, opacity, image;
-    ajust_contrast_info surface{};
-    MIX_INFO info{};
-    Job(int row_pixels, int rows, int image_stride, size_t image_size)
-        : y(size_t(row_pixels) * rows), u(y.size() / 2), v(y.size() / 2), opacity(y.size()),
-          image(image_size) {
-        info.frame_stride = row_pixels, info.sub_stride = 999, info.width = 999;  // last two unread
-        info.image_stride = image_stride, info.height = rows;
-        info.sub_y = y.data(), info.sub_u = u.data(), info.sub_v = v.data();
-        info.sub_opacity = opacity.data();
-        info.image = image.data();
-        info.surface_format = &surface;
-    }
-};
+// The planes are read back to back, rows of frame_stride samples (sub_stride and width unread).
+MIX_INFO record(MixJob& job) {
+    MIX_INFO info = job.record();
+    info.sub_stride = info.width = 999;
+    return info;
+}
 
 // One block of 16 equal pixels.
 TEST(SubpictureToRgb, OpacitySelectAndKey) {
@@ -65,15 +55,16 @@ TEST(SubpictureToRgb, OpacitySelectAndKey) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.f.name << " opacity " << int(c.opacity));
-        Job job(16, 1, 16 * c.f.bpp, 16 * c.f.bpp);
-        std::memset(job.y.data(), c.y, 16);
-        std::memset(job.u.data(), 128, 8);
-        std::memset(job.v.data(), 128, 8);
-        std::memset(job.opacity.data(), c.opacity, 16);
-        job.info.color_key = c.key;
-        Buffer want(16 * c.f.bpp);
+        MixJob job(16, 1, 16 * c.f.bpp, 5, 16);
+        std::memset(job.sub_y.data(), c.y, 16);
+        std::memset(job.sub_u.data(), 128, 8);
+        std::memset(job.sub_v.data(), 128, 8);
+        std::memset(job.alpha.data(), c.opacity, 16);
+        MIX_INFO info = record(job);
+        info.color_key = c.key;
+        Buffer want = job.image;
         for (int i = 0; i < 16; ++i) std::memcpy(&want[i * c.f.bpp], c.pixel.data(), c.f.bpp);
-        c.f.plain(&job.info);
+        c.f.plain(&info);
         EXPECT_TRUE(same_bytes(want, job.image));
     }
 }
@@ -89,21 +80,19 @@ TEST(SubpictureToRgb, EqualsFrameLoaderWhereOpaque) {
                 SCOPED_TRACE(::testing::Message() << f->name << (adjusted ? " adjusted" : "")
                                                   << " layout " << layout);
                 const int image_stride = width * f->bpp + 8;
-                Job job(width, rows, image_stride, size_t(image_stride) * rows);
-                fill_random(job.y.data(), job.y.size(), 1);
-                fill_random(job.u.data(), job.u.size(), 2);
-                fill_random(job.v.data(), job.v.size(), 3);
-                fill_random(job.opacity.data(), job.opacity.size(), 4);
-                for (size_t i = 0; i < job.opacity.size(); ++i) job.opacity[i] = job.opacity[i] % 127 + 1;
+                MixJob job(width, rows, image_stride, 1, width);
+                fill_random(job.alpha.data(), job.alpha.size(), 4);
+                for (size_t i = 0; i < job.alpha.size(); ++i) job.alpha[i] = job.alpha[i] % 127 + 1;
                 job.surface.rgb16_layout = layout;
                 set_adjust(80, 48, -12, 40, 20);
 
                 Buffer yuy2(size_t(2 * width) * rows);
                 for (int i = 0; i < width * rows; ++i)
-                    yuy2[2 * i] = job.y[i], yuy2[2 * i + 1] = (i % 2 ? job.v : job.u)[i / 2];
-                const Buffer want = convert_rows(adjusted ? f->frame_adjusted : f->frame_plain, 0, yuy2, width, rows,
-                                                 f->bpp, Buffer(job.image.size()), image_stride);
-                (adjusted ? f->adjusted : f->plain)(&job.info);
+                    yuy2[2 * i] = job.sub_y[i], yuy2[2 * i + 1] = (i % 2 ? job.sub_v : job.sub_u)[i / 2];
+                const Buffer want =
+                    convert_rows(adjusted ? f->frame_adjusted : f->frame_plain, 0, yuy2, width, rows, f->bpp, job.image, image_stride);
+                MIX_INFO info = record(job);
+                (adjusted ? f->adjusted : f->plain)(&info);
                 EXPECT_TRUE(same_bytes(want, job.image));
             }
         }

@@ -3,8 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
+#include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <random>
@@ -40,6 +41,12 @@ struct Buffer {
     uint8_t operator[](size_t i) const { return bytes[margin + i]; }
     size_t size() const { return bytes.size() - 2 * margin; }
 };
+
+// The samples' arithmetic as defined, written without the library's code.
+inline uint8_t clamp255(int v) { return static_cast<uint8_t>(std::clamp(v, 0, 255)); }
+inline uint8_t avg(int a, int b) { return static_cast<uint8_t>((a + b + 1) >> 1); }
+// Adjusted: the product kept to 16 bits, shifted right by 6, offset, clamped.
+inline uint8_t adj(int x, int gain, int offset) { return clamp255((((x * gain) & 0xFFFF) >> 6) + offset); }
 
 inline Buffer random_buffer(size_t size, uint32_t seed, size_t margin = 64) {
     Buffer b(size, margin);

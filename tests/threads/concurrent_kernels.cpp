@@ -26,22 +26,19 @@ namespace {
 
 constexpr int threads = 4;
 
-// One call and its buffers, sized by its footprint: the pristine contents, and the output of a
-// run (every buffer, then the record's height and pointer moves).
+// One call and its buffers, sized by its footprint, and the output of a run on a copy of them
+// (every buffer, then the record's height and pointer moves).
 struct Job {
     CheckedCall call;
-    std::array<dispconv_range, DISPCONV_BUFFER_COUNT> hulls{};
-    std::array<std::vector<uint8_t>, DISPCONV_BUFFER_COUNT> pristine;
+    Buffers pristine;
 
     std::vector<uint8_t> run() const {
-        std::array<std::vector<uint8_t>, DISPCONV_BUFFER_COUNT> bytes = pristine;
-        std::array<uint8_t*, DISPCONV_BUFFER_COUNT> p{};
-        for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
-            if (!bytes[b].empty()) p[b] = bytes[b].data() - hulls[b].begin;
+        Buffers b = pristine;
+        std::array<uint8_t*, DISPCONV_BUFFER_COUNT> p = b.pointers();
         MIX_INFO after;
         run_raw(active_kernels(), call, p.data(), &after);
         std::vector<uint8_t> out;
-        for (const auto& b : bytes) out.insert(out.end(), b.begin(), b.end());
+        for (const auto& bytes : b.bytes) out.insert(out.end(), bytes.begin(), bytes.end());
         const int64_t record[] = {after.height, after.sub_y - p[DISPCONV_BUFFER_SUB_Y], after.frame_u - p[DISPCONV_BUFFER_FRAME_U]};
         out.insert(out.end(), reinterpret_cast<const uint8_t*>(record), reinterpret_cast<const uint8_t*>(record + 3));
         return out;
@@ -53,15 +50,16 @@ std::vector<Job> jobs() {
     std::vector<Job> all;
     for (int k = 0; k < DISPCONV_KERNEL_COUNT; k += 4) {
         const KernelFacts& f = facts(dispconv_kernel(k));
-        Job j{make_call(dispconv_kernel(k), f.least_width + std::max(f.block, 16), f.min_height + 4, 8, 1, 1), {}, {}};
+        Job j{make_call(dispconv_kernel(k), f.least_width + std::max(f.block, 16), f.min_height + 4, 8, 1, 1), {}};
         dispconv_footprint fp;
         if (footprint_of(j.call, fp) != DISPCONV_OK) std::printf("%s: %s\n", describe(j.call).c_str(), fp.problem), std::abort();
         for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) {
-            j.hulls[b] = hull(fp, b);
-            j.pristine[b].resize(size_t(j.hulls[b].end - j.hulls[b].begin));
-            fill_random(j.pristine[b].data(), j.pristine[b].size(), 2024 + b);
+            const dispconv_range h = hull(fp, b);
+            j.pristine.bytes[b].resize(size_t(h.end - h.begin));
+            j.pristine.origin[b] = -h.begin;
+            fill_random(j.pristine.bytes[b].data(), j.pristine.bytes[b].size(), 2024 + b);
             if (b == DISPCONV_BUFFER_SUB_OPACITY)
-                for (uint8_t& o : j.pristine[b]) o %= 17;
+                for (uint8_t& o : j.pristine.bytes[b]) o %= 17;
         }
         all.push_back(std::move(j));
     }
