@@ -4,10 +4,10 @@
 // { using Avx2Overrides::name; };`, naming each composite it replaces (a listed name the
 // overrides lack fails the build). None does today: each shared composite measured as fast as
 // the set-specific code it replaced; a set's own instructions come as optional primitives
-// instead (NEON's structure stores and doubling multiply, x86's byte-pair multiply-add), which
-// the shared composites use where a set has them. Whole
-// kernels that a set runs no faster than the set below it fall back to that set's version in
-// the kernel tables (core/dispatch.cpp lists them).
+// instead (NEON's structure stores, doubling multiply and widening byte multiplies, x86's
+// byte-pair multiply-add), which the shared composites use where a set has them. Whole kernels
+// that a set runs no faster than the set below it fall back to that set's version in the
+// kernel tables (core/dispatch.cpp lists them).
 #pragma once
 
 #include "simd/portable.hpp"

@@ -14,8 +14,9 @@ namespace dispconv::simd { namespace {
 
 // TBL gives zero for an out-of-range index, as a byte shuffle with the top control bit does.
 inline constexpr bool has_byte_shuffle = true;
-// No multiply-add of byte pairs into words.
+// No multiply-add of byte pairs into words; widening byte multiplies instead.
 inline constexpr bool has_byte_madd = false;
+inline constexpr bool has_widening_byte_multiply = true;
 
 // Interleaving stores of two to four registers (ST3, ST4).
 inline constexpr bool has_structure_stores = true;
@@ -229,5 +230,13 @@ inline void store_repeated_u32(uint8_t* d, uint32_t word, size_t count) {
     for (; count >= 4; count -= 4, d += 16) vst1q_u8(d, w);
     for (; count; --count, d += 4) std::memcpy(d, &word, 4);
 }
+
+// Primitives first needed by the mix operations.
+
+// Products of the unsigned bytes of a and b as words: the low 8 pairs (lo) or the high 8 (hi).
+inline V16 mul_widen_lo_u8(V16 a, V16 b) { return of(vmull_u8(vget_low_u8(a.r), vget_low_u8(b.r))); }
+inline V16 mul_widen_hi_u8(V16 a, V16 b) { return of(vmull_high_u8(a.r, b.r)); }
+// Whether any unsigned byte of a is above its byte of limit.
+inline bool any_above_u8(V16 a, V16 limit) { return vmaxvq_u8(vcgtq_u8(a.r, limit.r)) != 0; }
 
 } }  // namespace dispconv::simd

@@ -23,16 +23,22 @@ DISPCONV_VECTOR_INLINE V mix_bytes(V frame, V sub, V weight) {
 }
 
 // 16 lumas per lane blended, as words: lo each lane's first 8, hi the rest. With every opacity
-// inside its range 0..16 nothing can wrap or saturate, and one multiply-add of (frame, sub)
-// byte pairs by (16 - a, a) gives what the word steps give; other opacities take those steps.
+// inside its range 0..16 nothing can wrap or saturate, and byte multiplies into words (one
+// multiply-add of (frame, sub) pairs by (16 - a, a), or two widening multiplies) give what the
+// word steps give; other opacities take those steps.
 template <class V>
 DISPCONV_VECTOR_INLINE void mix_luma_words(V f, V s, V a, V& lo, V& hi) {
-    if constexpr (has_byte_madd) {
+    if constexpr (has_byte_madd || has_widening_byte_multiply) {
         const V sixteen = V::set1_u8(16);
         if (!any_above_u8(a, sixteen)) {
             const V rest = subs_u8(sixteen, a);
-            lo = srli_i16<4>(madd_u8_i8(unpacklo_u8(f, s), unpacklo_u8(rest, a)));
-            hi = srli_i16<4>(madd_u8_i8(unpackhi_u8(f, s), unpackhi_u8(rest, a)));
+            if constexpr (has_byte_madd) {
+                lo = srli_i16<4>(madd_u8_i8(unpacklo_u8(f, s), unpacklo_u8(rest, a)));
+                hi = srli_i16<4>(madd_u8_i8(unpackhi_u8(f, s), unpackhi_u8(rest, a)));
+            } else {
+                lo = srli_i16<4>(add_i16(mul_widen_lo_u8(f, rest), mul_widen_lo_u8(s, a)));
+                hi = srli_i16<4>(add_i16(mul_widen_hi_u8(f, rest), mul_widen_hi_u8(s, a)));
+            }
             return;
         }
     }

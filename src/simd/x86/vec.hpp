@@ -443,8 +443,9 @@ inline Vec<64> sum_pairs_u8(Vec<64> a) { return {_mm512_maddubs_epi16(a.r, _mm51
 
 // Primitives first needed by the mix operations.
 
-// Whether madd_u8_i8 is one instruction.
+// Whether madd_u8_i8 is one instruction; no widening byte multiplies (NEON has them).
 inline constexpr bool has_byte_madd = has_byte_shuffle;
+inline constexpr bool has_widening_byte_multiply = false;
 #if defined(__SSSE3__)
 // The unsigned bytes of a times the signed bytes of b, each pair of products summed into a word
 // with signed saturation.
