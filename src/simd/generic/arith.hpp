@@ -18,16 +18,27 @@ namespace dispconv::simd { namespace {
 template <class V>
 concept Vector = requires { V::lanes; };
 
+// The adjusted word clamped to 0..255 in two steps instead of three (add, min, max): with the
+// offset biased by clamp_bias, the signed saturating add stops at 255 + clamp_bias and the
+// unsigned saturating subtraction of clamp_bias stops at 0. The shifted product is 0..1023, so
+// an offset beyond -1024..255 gives what its end of that range gives, and the sum never wraps.
+inline constexpr int16_t clamp_bias = 32767 - 255;
+constexpr int16_t biased_offset(int16_t offset) {
+    return int16_t((offset < -1024 ? -1024 : offset > 255 ? 255 : offset) + clamp_bias);
+}
+
 template <Vector V>
 struct AdjustVec {
     V luma_gain, chroma_gain, luma_offset, u_offset, v_offset;
     V uv_offset;  // U and V offsets alternating, for chroma interleaved as in YUY2
+    V luma_biased, u_biased, v_biased, uv_biased;  // the offsets biased for adjust_clamped
 };
 template <Vector V>
 DISPCONV_VECTOR_INLINE AdjustVec<V> adjust_vec(const AdjustConstants& a) {
     const V u = V::set1_i16(a.u_offset), v = V::set1_i16(a.v_offset);
+    const V ub = V::set1_i16(biased_offset(a.u_offset)), vb = V::set1_i16(biased_offset(a.v_offset));
     return {V::set1_i16(a.luma_gain), V::set1_i16(a.chroma_gain), V::set1_i16(a.luma_offset), u, v,
-            unpacklo_u16(u, v)};
+            unpacklo_u16(u, v), V::set1_i16(biased_offset(a.luma_offset)), ub, vb, unpacklo_u16(ub, vb)};
 }
 
 // Adjustment of words holding bytes: product kept to 16 bits, logical shift by 6, offset added
@@ -47,10 +58,10 @@ DISPCONV_VECTOR_INLINE V adjust_low_half(V bytes, V gain, V offset) {
     const V w = adjust_words(unpacklo_u8(bytes, V::zero()), gain, offset);
     return packus_i16(w, w);
 }
-// Words clamped to 0..255, as the narrowing to bytes would.
+// Adjusted and clamped to 0..255, as the narrowing to bytes would; `biased` from biased_offset.
 template <Vector V>
-DISPCONV_VECTOR_INLINE V clamp_words(V w) {
-    return max_i16(min_i16(w, V::set1_i16(255)), V::zero());
+DISPCONV_VECTOR_INLINE V adjust_clamped(V w, V gain, V biased) {
+    return subs_u16(adds_i16(srli_i16<6>(mullo_i16(w, gain)), biased), V::set1_i16(clamp_bias));
 }
 template <Vector V>
 DISPCONV_VECTOR_INLINE V low_bytes_mask() {

@@ -77,6 +77,7 @@ inline V16 add_i16(V16 a, V16 b) { return of(vaddq_s16(s16(a), s16(b))); }
 inline V16 sub_i16(V16 a, V16 b) { return of(vsubq_s16(s16(a), s16(b))); }
 inline V16 adds_i16(V16 a, V16 b) { return of(vqaddq_s16(s16(a), s16(b))); }
 inline V16 subs_i16(V16 a, V16 b) { return of(vqsubq_s16(s16(a), s16(b))); }
+inline V16 subs_u16(V16 a, V16 b) { return of(vqsubq_u16(u16(a), u16(b))); }
 inline V16 mullo_i16(V16 a, V16 b) { return of(vmulq_s16(s16(a), s16(b))); }
 // The high halves of the 32-bit products are their odd 16-bit halves.
 inline V16 mulhi_i16(V16 a, V16 b) {

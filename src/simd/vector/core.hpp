@@ -9,10 +9,11 @@
 
 namespace dispconv::simd { namespace {
 
-// Words holding bytes, adjusted and clamped as the narrowing to bytes would when Adjust says so.
+// Words holding bytes, adjusted and clamped as the narrowing to bytes would when Adjust says so
+// (`biased`: the offset as AdjustVec biases it).
 template <class Adjust, class V>
-DISPCONV_VECTOR_INLINE V adjusted_words(V w, V gain, V offset) {
-    if constexpr (Adjust::enabled) return clamp_words(adjust_words(w, gain, offset));
+DISPCONV_VECTOR_INLINE V adjusted_words(V w, V gain, V biased) {
+    if constexpr (Adjust::enabled) return adjust_clamped(w, gain, biased);
     else return w;
 }
 
@@ -21,8 +22,8 @@ DISPCONV_VECTOR_INLINE V adjusted_words(V w, V gain, V offset) {
 template <class Format, class Adjust, class V>
 DISPCONV_VECTOR_INLINE void store_luma_words(uint8_t* d, V y_lo, V y_hi, const ChromaVec<V>& c, const AdjustVec<V>& l,
                       const Rgb16Vec<V>& layout) {
-    store_rgb<Format>(d, luma_words_to_rgb(adjusted_words<Adjust>(y_lo, l.luma_gain, l.luma_offset),
-                                           adjusted_words<Adjust>(y_hi, l.luma_gain, l.luma_offset), c),
+    store_rgb<Format>(d, luma_words_to_rgb(adjusted_words<Adjust>(y_lo, l.luma_gain, l.luma_biased),
+                                           adjusted_words<Adjust>(y_hi, l.luma_gain, l.luma_biased), c),
                       layout);
 }
 
@@ -41,7 +42,7 @@ DISPCONV_VECTOR_INLINE ChromaVec<V> planar_chroma_terms(const uint8_t* u, const 
     } else {
         const V z = V::zero();
         const V uu = unpacklo_u8(V::template load_half_dealt<g>(u), z), vv = unpacklo_u8(V::template load_half_dealt<g>(v), z);
-        return chroma_terms(adjusted_words<Adjust>(uu, l.chroma_gain, l.u_offset), adjusted_words<Adjust>(vv, l.chroma_gain, l.v_offset));
+        return chroma_terms(adjusted_words<Adjust>(uu, l.chroma_gain, l.u_biased), adjusted_words<Adjust>(vv, l.chroma_gain, l.v_biased));
     }
 }
 

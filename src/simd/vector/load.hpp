@@ -25,8 +25,8 @@ struct VectorLoad : PortableLoad {
             const W c = W::load(chroma + 16 * i), y = W::load(luma + 16 * i), m = low_bytes_mask<W>();
             if constexpr (Adjust::enabled) {
                 const AdjustVec<W> l = adjust_vec<W>(a);
-                const W ca = clamp_words(adjust_words(srli_i16<8>(c), l.chroma_gain, l.uv_offset));
-                const W ya = clamp_words(adjust_words(y & m, l.luma_gain, l.luma_offset));
+                const W ca = adjust_clamped(srli_i16<8>(c), l.chroma_gain, l.uv_biased);
+                const W ya = adjust_clamped(y & m, l.luma_gain, l.luma_biased);
                 W::store(d + 16 * i, ya | slli_i16<8>(ca));
             } else {
                 W::store(d + 16 * i, (y & m) | andnot(m, c));
@@ -74,8 +74,8 @@ struct VectorLoad : PortableLoad {
                 // Adjusted once per chroma sample, not once per pixel.
                 const Yuy2Planes<W> p = split_yuy2(a0, b0);
                 const W z = W::zero();
-                c = chroma_terms(adjusted_words<Adjust>(unpacklo_u8(p.u, z), l.chroma_gain, l.u_offset),
-                                 adjusted_words<Adjust>(unpacklo_u8(p.v, z), l.chroma_gain, l.v_offset));
+                c = chroma_terms(adjusted_words<Adjust>(unpacklo_u8(p.u, z), l.chroma_gain, l.u_biased),
+                                 adjusted_words<Adjust>(unpacklo_u8(p.v, z), l.chroma_gain, l.v_biased));
             }
             store_luma_words<Format, Adjust>(d0 + i * step, a0 & m, b0 & m, c, l, lanes);
             store_luma_words<Format, Adjust>(d1 + i * step, a1 & m, b1 & m, c, l, lanes);

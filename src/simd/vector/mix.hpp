@@ -47,13 +47,14 @@ DISPCONV_VECTOR_INLINE void mix_luma_words(V f, V s, V a, V& lo, V& hi) {
     hi = mixed_words(unpackhi_u8(f, z), unpackhi_u8(s, z), unpackhi_u8(a, z));
 }
 
-// A block per lane mixed, then adjusted: y as 16 bytes, uv as the 8 U bytes then the 8 V bytes.
+// A block per lane mixed, as words: y_lo each lane's first 8 lumas, y_hi the rest, u and v
+// the block's 8 chroma pairs. Adjusting is left to the store, which knows what it needs.
 template <class V>
-struct MixedBlocks {
-    V y, uv;
+struct MixedWords {
+    V y_lo, y_hi, u, v;
 };
 template <bool PairAverage, class V>
-DISPCONV_VECTOR_INLINE MixedBlocks<V> mix_adjust_blocks(const MixRow& s, ptrdiff_t at, const AdjustVec<V>& l) {
+DISPCONV_VECTOR_INLINE MixedWords<V> mix_blocks(const MixRow& s, ptrdiff_t at) {
     const ptrdiff_t half = at / 2;
     auto chroma = [half](const uint8_t* p, const uint8_t* below) {  // as words
         V c = V::load_half_words(p + half);
@@ -66,13 +67,11 @@ DISPCONV_VECTOR_INLINE MixedBlocks<V> mix_adjust_blocks(const MixRow& s, ptrdiff
     // The chroma weight of each pixel pair, as a word.
     const V odd = srli_i16<8>(alpha);
     const V w = PairAverage ? average_u16(alpha & low_bytes_mask<V>(), odd) : odd;
-    V y_lo, y_hi;
-    mix_luma_words(fy, sy, alpha, y_lo, y_hi);
-    const V u = mixed_words(chroma(s.frame_u, s.frame_u_below), chroma(s.sub_u, nullptr), w);
-    const V v = mixed_words(chroma(s.frame_v, s.frame_v_below), chroma(s.sub_v, nullptr), w);
-    const V ua = adjust_words(u, l.chroma_gain, l.u_offset), va = adjust_words(v, l.chroma_gain, l.v_offset);
-    return {packus_i16(adjust_words(y_lo, l.luma_gain, l.luma_offset), adjust_words(y_hi, l.luma_gain, l.luma_offset)),
-            packus_i16(ua, va)};
+    MixedWords<V> m;
+    mix_luma_words(fy, sy, alpha, m.y_lo, m.y_hi);
+    m.u = mixed_words(chroma(s.frame_u, s.frame_u_below), chroma(s.sub_u, nullptr), w);
+    m.v = mixed_words(chroma(s.frame_v, s.frame_v_below), chroma(s.sub_v, nullptr), w);
+    return m;
 }
 
 // The half mixer's blocks: the odd pixels of 16 mixed and adjusted into 8 YUY2 pixels per
@@ -105,35 +104,39 @@ template <class V>
 struct VectorMix {
     static constexpr int block = 16;  // pixels per block of the AYUY2 mixers
 
-    // One row of `blocks` blocks mixed and adjusted, each step's blocks handed to
-    // store(first pixel, MixedBlocks).
+    // One row of `blocks` blocks mixed, each step's blocks handed to
+    // store(first pixel, MixedWords, AdjustVec) to be adjusted and stored.
     template <bool PairAverage, class Store>
     static void mix_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, Store&& store) {
         const MixRow s = row;  // copies the stores cannot alias: the constants stay in registers
         const AdjustConstants k = a;
         for_blocks<V>(blocks, [&]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
             const ptrdiff_t at = ptrdiff_t(i) * block;
-            store(at, mix_adjust_blocks<PairAverage>(s, at, adjust_vec<W>(k)));
+            store(at, mix_blocks<PairAverage, W>(s, at), adjust_vec<W>(k));
         });
     }
 
     // One row into YUY2, odd-pixel chroma weights.
     static void mix_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
-        mix_run<false>(row, blocks, a, [dst]<class W>(ptrdiff_t at, const MixedBlocks<W>& m) DISPCONV_VECTOR_STEP {
+        mix_run<false>(row, blocks, a, [dst]<class W>(ptrdiff_t at, const MixedWords<W>& m, const AdjustVec<W>& l) DISPCONV_VECTOR_STEP {
+            const W y = packus_i16(adjust_words(m.y_lo, l.luma_gain, l.luma_offset), adjust_words(m.y_hi, l.luma_gain, l.luma_offset));
+            const W uv = packus_i16(adjust_words(m.u, l.chroma_gain, l.u_offset), adjust_words(m.v, l.chroma_gain, l.v_offset));
             W first, second;
-            join_yuy2(m.y, m.uv, bsrli<8>(m.uv), first, second);
+            join_yuy2(y, uv, bsrli<8>(uv), first, second);
             store_block_pairs(dst + 2 * at, first, second);
         });
     }
 
-    // One row into an RGB format, after the conversion of the mixed, adjusted samples.
+    // One row into an RGB format: the mixed samples adjusted and clamped as words, converted.
     template <class Format, bool PairAverage>
     static void mix_rgb_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, const Rgb16Layout& layout,
                             uint8_t* dst) {
         const Rgb16Layout lay = layout;
-        mix_run<PairAverage>(row, blocks, a, [dst, &lay]<class W>(ptrdiff_t at, const MixedBlocks<W>& m) DISPCONV_VECTOR_STEP {
-            store_rgb_blocks<Format>(dst + at * Format::bytes_per_pixel, luma_to_rgb(m.y, chroma_terms(unpacklo_u8(m.uv, W::zero()), unpackhi_u8(m.uv, W::zero()))),
-                                     rgb16_vec<W>(lay));
+        mix_run<PairAverage>(row, blocks, a, [dst, &lay]<class W>(ptrdiff_t at, const MixedWords<W>& m, const AdjustVec<W>& l) DISPCONV_VECTOR_STEP {
+            const ChromaVec<W> c = chroma_terms(adjust_clamped(m.u, l.chroma_gain, l.u_biased), adjust_clamped(m.v, l.chroma_gain, l.v_biased));
+            const RgbVec<W> rgb = luma_words_to_rgb(adjust_clamped(m.y_lo, l.luma_gain, l.luma_biased),
+                                                    adjust_clamped(m.y_hi, l.luma_gain, l.luma_biased), c);
+            store_rgb_blocks<Format>(dst + at * Format::bytes_per_pixel, rgb, rgb16_vec<W>(lay));
         });
     }
 

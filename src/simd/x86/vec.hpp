@@ -84,6 +84,7 @@ constexpr int pixel_chroma_index(int G, int lanes, int lane, int half, int w) {
     inline Vec<W> sub_i16(Vec<W> a, Vec<W> b) { return {P##sub_epi16(a.r, b.r)}; }                     \
     inline Vec<W> adds_i16(Vec<W> a, Vec<W> b) { return {P##adds_epi16(a.r, b.r)}; }                   \
     inline Vec<W> subs_i16(Vec<W> a, Vec<W> b) { return {P##subs_epi16(a.r, b.r)}; }                   \
+    inline Vec<W> subs_u16(Vec<W> a, Vec<W> b) { return {P##subs_epu16(a.r, b.r)}; }                   \
     inline Vec<W> mullo_i16(Vec<W> a, Vec<W> b) { return {P##mullo_epi16(a.r, b.r)}; }                 \
     inline Vec<W> mulhi_i16(Vec<W> a, Vec<W> b) { return {P##mulhi_epi16(a.r, b.r)}; }                 \
     inline Vec<W> average_u16(Vec<W> a, Vec<W> b) { return {P##avg_epu16(a.r, b.r)}; }                     \
