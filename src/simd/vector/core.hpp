@@ -40,8 +40,9 @@ DISPCONV_VECTOR_INLINE ChromaVec<V> planar_chroma_terms(const uint8_t* u, const 
         V::template load_pixel_chroma<g>(v, v_lo, v_hi);
         return pixel_chroma_words(u_lo, u_hi, v_lo, v_hi);
     } else {
-        const V z = V::zero();
-        const V uu = unpacklo_u8(V::template load_half_dealt<g>(u), z), vv = unpacklo_u8(V::template load_half_dealt<g>(v), z);
+        // Widened first: each group's samples then take as many bytes as its pixels, so the
+        // lumas' deal places them.
+        const V uu = deal<g>(V::load_half_words(u)), vv = deal<g>(V::load_half_words(v));
         return chroma_terms(adjusted_words<Adjust>(uu, l.chroma_gain, l.u_biased), adjusted_words<Adjust>(vv, l.chroma_gain, l.v_biased));
     }
 }
