@@ -107,7 +107,8 @@ void stretch_plane_2x2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height
     // doubling. A row given twice is doubled (or copied) as it is.
     const int32_t whole = width >= 2 * block ? width / block * block : block;
     const int32_t rem = width % block;
-    auto row = [&](const uint8_t* s, const uint8_t* below, uint8_t* d) {
+    // Inlined at its four calls: the row operations' constants then stay in registers.
+    auto row = [&](const uint8_t* s, const uint8_t* below, uint8_t* d) __attribute__((always_inline)) {
         V::double_adjust(s, below, d, whole, ch.gain, ch.offset);
         const int32_t back = whole - (block - rem);
         if (rem) V::average_adjust(s + back, below + back, d + 2 * whole - (block - rem), block, ch.gain, ch.offset);
@@ -128,7 +129,7 @@ void stretch_plane_1x2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height
     // Blocks of 16; the last one is moved back to end at the row's last sample. A row given
     // twice is copied.
     const int head = int(loop_count(width, block) - 1) * block;
-    auto row = [&](const uint8_t* s, const uint8_t* below, uint8_t* d) {
+    auto row = [&](const uint8_t* s, const uint8_t* below, uint8_t* d) __attribute__((always_inline)) {  // as above
         V::average_adjust(s, below, d, head, ch.gain, ch.offset);
         V::average_adjust(s + width - block, below + width - block, d + width - block, block, ch.gain, ch.offset);
     };

@@ -226,7 +226,8 @@ struct VectorStretch : PortableStretch {
         for_bytes<V>(n, step, [&](int i) { PortableStretch::average_adjust(a + i, b + i, dst + i, n - i, gain, offset); });
     }
 
-    static void double_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n, int16_t gain, int16_t offset) {
+    DISPCONV_VECTOR_INLINE static void double_adjust(const uint8_t* a, const uint8_t* b, uint8_t* dst, int n,
+                                                     int16_t gain, int16_t offset) {
         using namespace stretch_steps;
         auto step = [=]<class W>(int i) DISPCONV_VECTOR_STEP {
             const W g = W::set1_i16(gain), o = W::set1_i16(offset);
