@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <random>
 
 #include "checked/checked_support.hpp"
 #include "support/test_support.hpp"

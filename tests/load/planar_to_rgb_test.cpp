@@ -4,35 +4,23 @@
 namespace dispconv::test {
 namespace {
 
-struct Twin {
-    const char* name;
-    FrameKernel planar, packed;
-    int bytes_per_pixel;
-};
-const Twin twins[] = {
-    {"rgb32", loadimage_rgb32, LoadYUY2_RGB32, 4},
-    {"rgb32_ajust", loadimage_rgb32_ajust, LoadYUY2_RGB32_adjust, 4},
-    {"rgb24", loadimage_rgb24, LoadYUY2_RGB24, 3},
-    {"rgb24_ajust", loadimage_rgb24_ajust, LoadYUY2_RGB24_adjust, 3},
-    {"rgb16", loadimage_rgb16, LoadYUY2_RGB16, 2},
-    {"rgb16_ajust", loadimage_rgb16_ajust, LoadYUY2_RGB16_adjust, 2},
-};
-
 TEST(LoadimageRgb, EqualsThePackedTwinOnTheSameSamples) {
     set_adjust(75, 90, -8, 12, -20);
-    for (int layout = 0; layout < 4; ++layout)
-        for (const Twin& t : twins) {
-            if (layout && t.bytes_per_pixel != 2) continue;
-            ajust_contrast_info s{};
-            s.rgb16_layout = layout;
-            PlanarFrame f(48, 7, 48, 30 + layout);
-            Buffer packed = packed_from_planar(f);
-            const int dst_stride = 52 * t.bytes_per_pixel;
-            Buffer from_planar(size_t(dst_stride) * 9), from_packed = from_planar;
-            t.planar(f.y.data(), f.u.data(), f.v.data(), from_planar.data(), 48, 7, 48, dst_stride, &s);
-            t.packed(packed.data(), nullptr, nullptr, from_packed.data(), 48, 7, 48, dst_stride, &s);
-            EXPECT_TRUE(same_bytes(from_packed, from_planar)) << t.name << " layout " << layout;
-        }
+    for (const RgbFormat* f : rgb_formats)
+        for (int layout = 0; layout < layouts(*f); ++layout)
+            for (const bool adjusted : {false, true}) {
+                ajust_contrast_info s{};
+                s.rgb16_layout = layout;
+                PlanarFrame frame(48, 7, 48, 30 + layout);
+                Buffer packed = packed_from_planar(frame);
+                const int dst_stride = 52 * f->bpp;
+                Buffer from_planar(size_t(dst_stride) * 9), from_packed = from_planar;
+                (adjusted ? f->from_yv12_adjust : f->from_yv12)(frame.y.data(), frame.u.data(), frame.v.data(),
+                                                                from_planar.data(), 48, 7, 48, dst_stride, &s);
+                (adjusted ? f->from_yuy2_adjust : f->from_yuy2)(packed.data(), nullptr, nullptr, from_packed.data(),
+                                                                48, 7, 48, dst_stride, &s);
+                EXPECT_TRUE(same_bytes(from_packed, from_planar)) << f->name << (adjusted ? " adjusted" : "") << " layout " << layout;
+            }
 }
 
 TEST(LoadimageRgb, WidthOffTheBlockDriftsRightEveryRowPair) {

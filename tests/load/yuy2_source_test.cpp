@@ -23,17 +23,6 @@ TEST(LoadYuy2ToYuy2, OddRowsTakeTheChromaAbove) {
     EXPECT_TRUE(same_bytes(want, got));
 }
 
-struct RgbKernels {
-    const char* name;
-    FrameKernel plain, adjusted;
-    int bytes_per_pixel;
-};
-const RgbKernels yuy2_rgb_kernels[] = {
-    {"rgb32", LoadYUY2_RGB32, LoadYUY2_RGB32_adjust, 4},
-    {"rgb24", LoadYUY2_RGB24, LoadYUY2_RGB24_adjust, 3},
-    {"rgb16", LoadYUY2_RGB16, LoadYUY2_RGB16_adjust, 2},
-};
-
 // Hand-worked colours in every format and 16-bit layout (each channel alone pins its mask and
 // place; white shows layout 1's spare bit 0). The second row of the pair carries grey chroma,
 // which is never used: it shows the first row's colour.
@@ -49,24 +38,24 @@ TEST(LoadYuy2ToRgb, HandWorkedColoursInEveryFormat) {
         {255, 128, 128, {0xFFFF, 0xFFFE, 0xFFFF, 0xFFFF}},
     };
     for (const ColourCase& c : colour_cases)
-        for (const RgbKernels& k : yuy2_rgb_kernels)
-            for (int32_t layout = 0; layout < (k.bytes_per_pixel == 2 ? 4 : 1); ++layout) {
+        for (const RgbFormat* k : rgb_formats)
+            for (int32_t layout = 0; layout < layouts(*k); ++layout) {
                 const Words* w = nullptr;
                 for (const Words& x : words)
                     if (x.y == c.y && x.u == c.u && x.v == c.v) w = &x;
-                if (k.bytes_per_pixel == 2 && !w) continue;
+                if (k->bpp == 2 && !w) continue;
                 uint8_t src[128], dst[128];
                 for (int i = 0; i < 128; i += 4)
                     src[i] = src[i + 2] = c.y, src[i + 1] = i < 64 ? c.u : 128, src[i + 3] = i < 64 ? c.v : 128;
                 ajust_contrast_info s = settings();
                 s.rgb16_layout = layout;
-                k.plain(src, nullptr, nullptr, dst, 16, 2, 16, 64, &s);
+                k->from_yuy2(src, nullptr, nullptr, dst, 16, 2, 16, 64, &s);
                 const uint8_t rgb[4] = {c.b, c.g, c.r, 0};
-                for (int i = 0; i < 16 * k.bytes_per_pixel; ++i) {
-                    const int b = i % k.bytes_per_pixel;
-                    const uint8_t want = k.bytes_per_pixel == 2 ? uint8_t(w->packed[layout] >> (8 * b)) : rgb[b];
-                    ASSERT_EQ(dst[i], want) << k.name << " layout " << layout << " Y" << int(c.y) << " U" << int(c.u);
-                    ASSERT_EQ(dst[64 + i], want) << k.name << " second row";
+                for (int i = 0; i < 16 * k->bpp; ++i) {
+                    const int b = i % k->bpp;
+                    const uint8_t want = k->bpp == 2 ? uint8_t(w->packed[layout] >> (8 * b)) : rgb[b];
+                    ASSERT_EQ(dst[i], want) << k->name << " layout " << layout << " Y" << int(c.y) << " U" << int(c.u);
+                    ASSERT_EQ(dst[64 + i], want) << k->name << " second row";
                 }
             }
 }
@@ -79,14 +68,14 @@ TEST(LoadYuy2ToRgb, AdjustsBeforeConversionAndRoundsWidthsUp) {
     set_adjust(90, 40, -12, 30, 70);
     ajust_contrast_info s{};
     s.rgb16_layout = 2;
-    for (const RgbKernels& k : yuy2_rgb_kernels) {
+    for (const RgbFormat* k : rgb_formats) {
         Buffer src = random_yuy2(40, 6, 5), adjusted_src(80 * 6);
         LoadYUY2_YUY2_adjust(src.data(), nullptr, nullptr, adjusted_src.data(), 32, 6, 40, 80, nullptr);
-        const int dst_stride = 40 * k.bytes_per_pixel;
+        const int dst_stride = 40 * k->bpp;
         Buffer direct(size_t(dst_stride) * 7), composed = direct;
-        k.adjusted(src.data(), nullptr, nullptr, direct.data(), 17, 5, 40, dst_stride, &s);
-        k.plain(adjusted_src.data(), nullptr, nullptr, composed.data(), 32, 5, 40, dst_stride, &s);
-        EXPECT_TRUE(same_bytes(composed, direct)) << k.name;
+        k->from_yuy2_adjust(src.data(), nullptr, nullptr, direct.data(), 17, 5, 40, dst_stride, &s);
+        k->from_yuy2(adjusted_src.data(), nullptr, nullptr, composed.data(), 32, 5, 40, dst_stride, &s);
+        EXPECT_TRUE(same_bytes(composed, direct)) << k->name;
     }
 }
 

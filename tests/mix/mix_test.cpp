@@ -133,35 +133,26 @@ TEST(MixYuy2, RecordIsAdvancedAndASecondCallMixesOnePairBelow) {
 // (where both alphas of every pair agree, the field mixers' pair average is the right-hand
 // alpha); the progressive walks leave the same record, the field RGB mixers none at all.
 TEST(MixRgb, EqualsTheYuy2MixerFollowedByConversion) {
-    const struct {
-        MixKernel mixer, field_mixer;
-        FrameKernel converter;
-        int bpp, layout;
-    } cases[] = {{mix_ayuy2_rgb32_p_ajust, mix_ayuy2_rgb32_i_ajust, LoadYUY2_RGB32, 4, 0},
-                 {mix_ayuy2_rgb24_p_ajust, mix_ayuy2_rgb24_i_ajust, LoadYUY2_RGB24, 3, 0},
-                 {mix_ayuy2_rgb16_p_ajust, mix_ayuy2_rgb16_i_ajust, LoadYUY2_RGB16, 2, 0},
-                 {mix_ayuy2_rgb16_p_ajust, mix_ayuy2_rgb16_i_ajust, LoadYUY2_RGB16, 2, 3}};
     set_adjust(72, 56, 6, 20, 12);
-    for (const auto& c : cases) {
-        const int pitch = 48 * c.bpp + 8;
-        for (const int height : {4, 5, 8, 10}) {
-            const bool field = height % 4 == 0 && height > 4;
-            MixKernel mixer = field ? c.field_mixer : c.mixer;
-            MixJob job(48, height, pitch, 12 + height, field ? 64 : 0);
-            job.surface.rgb16_layout = c.layout;
-            if (field)
-                for (size_t i = 0; i + 1 < job.alpha.size(); i += 2) job.alpha[i] = job.alpha[i + 1];
-            MIX_INFO yuy2_info;
-            const Buffer yuy2 = mix_to_yuy2(field ? mix_ayuy2_yuy2_i_ajust : mix_ayuy2_yuy2_p_ajust, job, &yuy2_info);
-            const Buffer expected = convert_rows(c.converter, c.layout, yuy2, 48, height + (height & 1), c.bpp, job.image, pitch);
-            const MIX_INFO before = job.record();
-            MIX_INFO info = before;
-            mixer(&info);
-            EXPECT_TRUE(same_bytes(expected, job.image)) << c.bpp << "/" << c.layout << "/" << height;
-            if (!field) info.image = yuy2_info.image, info.image_stride = yuy2_info.image_stride;
-            EXPECT_TRUE(same_record(field ? before : yuy2_info, info));
-        }
-    }
+    for (const RgbFormat* f : rgb_formats)
+        for (int layout = 0; layout < layouts(*f); layout += 3)
+            for (const int height : {4, 5, 8, 10}) {
+                const bool field = height % 4 == 0 && height > 4;
+                const int pitch = 48 * f->bpp + 8;
+                MixJob job(48, height, pitch, 12 + height, field ? 64 : 0);
+                job.surface.rgb16_layout = layout;
+                if (field)
+                    for (size_t i = 0; i + 1 < job.alpha.size(); i += 2) job.alpha[i] = job.alpha[i + 1];
+                MIX_INFO yuy2_info;
+                const Buffer yuy2 = mix_to_yuy2(field ? mix_ayuy2_yuy2_i_ajust : mix_ayuy2_yuy2_p_ajust, job, &yuy2_info);
+                const Buffer expected = convert_rows(f->from_yuy2, layout, yuy2, 48, height + (height & 1), f->bpp, job.image, pitch);
+                const MIX_INFO before = job.record();
+                MIX_INFO info = before;
+                (field ? f->mix_field : f->mix)(&info);
+                EXPECT_TRUE(same_bytes(expected, job.image)) << f->name << "/" << layout << "/" << height;
+                if (!field) info.image = yuy2_info.image, info.image_stride = yuy2_info.image_stride;
+                EXPECT_TRUE(same_record(field ? before : yuy2_info, info));
+            }
 }
 
 // Field rows (luma and chroma) alternate 0 and 255; alpha 0 shows the interpolated frame, in

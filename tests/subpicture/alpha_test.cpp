@@ -6,18 +6,6 @@
 namespace dispconv::test {
 namespace {
 
-struct AlphaKernel {
-    const char* name;
-    MixKernel kernel;
-    int bpp;
-};
-const AlphaKernel load32{"load rgb32", load_subpicture_alpha_rgb32, 4};
-const AlphaKernel load24{"load rgb24", load_subpicture_alpha_rgb24, 3};
-const AlphaKernel load16{"load rgb16", load_subpicture_alpha_rgb16_565, 2};
-const AlphaKernel restore32{"restore rgb32", Restore_RGB32_To_Alpha, 4};
-const AlphaKernel restore24{"restore rgb24", Restore_RGB24_To_Alpha, 3};
-const AlphaKernel restore16{"restore rgb16", Restore_RGB16_565_To_Alpha, 2};
-
 MIX_INFO alpha_record(uint8_t* opacity, uint8_t* image, int width, int height, int frame_stride,
                       int image_stride) {
     MIX_INFO info{};
@@ -30,29 +18,25 @@ MIX_INFO alpha_record(uint8_t* opacity, uint8_t* image, int width, int height, i
 // Load then restore on packed planes: exact for RGB32, one pixel to the left for RGB24 (the
 // last level of the plane comes from the byte after the bitmap), the blue field for RGB16.
 TEST(Alpha, RoundTrips) {
-    struct Case {
-        const AlphaKernel &load, &restore;
-    };
-    const Case cases[] = {{load32, restore32}, {load24, restore24}, {load16, restore16}};
     const int width = 32, height = 3, n = width * height;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.load.name);
+    for (const RgbFormat* f : rgb_formats) {
+        SCOPED_TRACE(f->name);
         Buffer levels(n);
         for (int i = 0; i < n; ++i) levels[i] = static_cast<uint8_t>(i * 37 + 5);
         levels[0] = 0, levels[1] = 255, levels[2] = 31, levels[3] = 32;
-        Buffer image(size_t(n) * c.load.bpp);
+        Buffer image(size_t(n) * f->bpp);
         MIX_INFO info = alpha_record(levels.data(), image.data(), width, height, width,
-                                     width * c.load.bpp);
-        c.load.kernel(&info);
+                                     width * f->bpp);
+        f->load_alpha(&info);
 
         Buffer restored(n), want(n);
         for (int i = 0; i < n; ++i) {
-            if (c.load.bpp == 4) want[i] = levels[i];
-            if (c.load.bpp == 3) want[i] = i + 1 < n ? levels[i + 1] : canary;
-            if (c.load.bpp == 2) want[i] = levels[i] & 0x1F;
+            if (f->bpp == 4) want[i] = levels[i];
+            if (f->bpp == 3) want[i] = i + 1 < n ? levels[i + 1] : canary;
+            if (f->bpp == 2) want[i] = levels[i] & 0x1F;
         }
-        info = alpha_record(restored.data(), image.data(), width, height, width, width * c.load.bpp);
-        c.restore.kernel(&info);
+        info = alpha_record(restored.data(), image.data(), width, height, width, width * f->bpp);
+        f->restore_alpha(&info);
         EXPECT_TRUE(same_bytes(want, restored));
     }
 }

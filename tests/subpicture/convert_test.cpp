@@ -6,15 +6,6 @@
 namespace dispconv::test {
 namespace {
 
-struct Format {
-    const char* name;
-    MixKernel kernel;
-    int bpp;
-};
-const Format rgb32{"RGB32", Convert_RGB32_To_AYUY2, 4};
-const Format rgb24{"RGB24", Convert_RGB24_To_AYUY2, 3};
-const Format rgb16{"RGB16", Convert_RGB16_565_To_AYUY2, 2};
-
 struct Yuv {
     uint8_t y, u, v;
 };
@@ -33,7 +24,7 @@ void expect_planes(const MixJob& job, const Buffer& y, const Buffer& u, const Bu
 // Eight equal pixels, one block: either converted to the given colour or skipped as key.
 TEST(ConvertToAyuy2, UniformBlock) {
     struct Case {
-        const Format& f;
+        const RgbFormat& f;
         std::vector<uint8_t> pixel;
         uint32_t key;
         bool skipped;
@@ -69,7 +60,7 @@ TEST(ConvertToAyuy2, UniformBlock) {
             for (int i = 0; i < 4; ++i) want_u[i] = c.want.u, want_v[i] = c.want.v;
         }
         const Buffer image_before = job.image;
-        c.f.kernel(&info);
+        c.f.convert(&info);
         SCOPED_TRACE(::testing::Message() << c.f.name << " key " << std::hex << c.key);
         expect_planes(job, want_y, want_u, want_v);
         EXPECT_TRUE(same_bytes(image_before, job.image));
@@ -82,7 +73,7 @@ TEST(ConvertToAyuy2, UniformBlock) {
 // down), the opacity pointer by the rows' padding only; nothing else in the record changes.
 TEST(ConvertToAyuy2, KeyBlocksAreSkippedOthersWrittenWholeAndTheRecordAdvances) {
     struct Case {
-        const Format& f;
+        const RgbFormat& f;
         uint32_t key;
         std::vector<uint8_t> key_pixel, red_pixel;
         Yuv key_yuv, red_yuv;
@@ -113,7 +104,7 @@ TEST(ConvertToAyuy2, KeyBlocksAreSkippedOthersWrittenWholeAndTheRecordAdvances) 
                 want_v[row * (stride / 2) + j] = red ? c.red_yuv.v : c.key_yuv.v;
             }
         }
-        c.f.kernel(&info);
+        c.f.convert(&info);
         expect_planes(job, want_y, want_u, want_v);
         EXPECT_TRUE(same_bytes(opacity, job.alpha));
         want.sub_y += height * stride, want.sub_opacity += height * (stride - width);

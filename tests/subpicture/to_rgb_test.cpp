@@ -6,19 +6,6 @@
 namespace dispconv::test {
 namespace {
 
-struct Format {
-    const char* name;
-    MixKernel plain, adjusted;
-    FrameKernel frame_plain, frame_adjusted;  // the YUY2 frame loaders of the same format
-    int bpp;
-};
-const Format rgb32{"RGB32", load_subpicture_yuy2_rgb32, load_subpicture_yuy2_rgb32_ajust,
-                   LoadYUY2_RGB32, LoadYUY2_RGB32_adjust, 4};
-const Format rgb24{"RGB24", load_subpicture_yuy2_rgb24, load_subpicture_yuy2_rgb24_ajust,
-                   LoadYUY2_RGB24, LoadYUY2_RGB24_adjust, 3};
-const Format rgb16{"RGB16", load_subpicture_yuy2_rgb16, load_subpicture_yuy2_rgb16_ajust,
-                   LoadYUY2_RGB16, LoadYUY2_RGB16_adjust, 2};
-
 // The planes are read back to back, rows of frame_stride samples (sub_stride and width unread).
 MIX_INFO record(MixJob& job) {
     MIX_INFO info = job.record();
@@ -29,7 +16,7 @@ MIX_INFO record(MixJob& job) {
 // One block of 16 equal pixels.
 TEST(SubpictureToRgb, OpacitySelectAndKey) {
     struct Case {
-        const Format& f;
+        const RgbFormat& f;
         uint8_t opacity, y;
         uint32_t key;
         std::vector<uint8_t> pixel;
@@ -64,7 +51,7 @@ TEST(SubpictureToRgb, OpacitySelectAndKey) {
         info.color_key = c.key;
         Buffer want = job.image;
         for (int i = 0; i < 16; ++i) std::memcpy(&want[i * c.f.bpp], c.pixel.data(), c.f.bpp);
-        c.f.plain(&info);
+        c.f.from_sub(&info);
         EXPECT_TRUE(same_bytes(want, job.image));
     }
 }
@@ -73,10 +60,9 @@ TEST(SubpictureToRgb, OpacitySelectAndKey) {
 // samples (5-6-5 for every accepted layout selector), adjusted or not; the padding stays.
 TEST(SubpictureToRgb, EqualsFrameLoaderWhereOpaque) {
     const int width = 32, rows = 3;
-    for (const Format* f : {&rgb32, &rgb24, &rgb16}) {
+    for (const RgbFormat* f : rgb_formats) {
         for (const bool adjusted : {false, true}) {
-            for (const int layout : {0, 1, 2, 3}) {
-                if (f->bpp != 2 && layout) continue;
+            for (int layout = 0; layout < layouts(*f); ++layout) {
                 SCOPED_TRACE(::testing::Message() << f->name << (adjusted ? " adjusted" : "")
                                                   << " layout " << layout);
                 const int image_stride = width * f->bpp + 8;
@@ -90,9 +76,9 @@ TEST(SubpictureToRgb, EqualsFrameLoaderWhereOpaque) {
                 for (int i = 0; i < width * rows; ++i)
                     yuy2[2 * i] = job.sub_y[i], yuy2[2 * i + 1] = (i % 2 ? job.sub_v : job.sub_u)[i / 2];
                 const Buffer want =
-                    convert_rows(adjusted ? f->frame_adjusted : f->frame_plain, 0, yuy2, width, rows, f->bpp, job.image, image_stride);
+                    convert_rows(adjusted ? f->from_yuy2_adjust : f->from_yuy2, 0, yuy2, width, rows, f->bpp, job.image, image_stride);
                 MIX_INFO info = record(job);
-                (adjusted ? f->adjusted : f->plain)(&info);
+                (adjusted ? f->from_sub_adjust : f->from_sub)(&info);
                 EXPECT_TRUE(same_bytes(want, job.image));
             }
         }

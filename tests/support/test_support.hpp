@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -50,10 +49,32 @@ inline uint8_t adj(int x, int gain, int offset) { return clamp255((((x * gain) &
 
 inline Buffer random_buffer(size_t size, uint32_t seed, size_t margin = 64) {
     Buffer b(size, margin);
-    std::mt19937 rng(seed);
-    for (size_t i = 0; i < size; ++i) b[i] = static_cast<uint8_t>(rng());
+    fill_random(b.data(), size, seed);
     return b;
 }
+
+// The kernels of one RGB surface format, family by family.
+struct RgbFormat {
+    const char* name;
+    int bpp;
+    FrameKernel from_yuy2, from_yuy2_adjust, from_yv12, from_yv12_adjust;
+    MixKernel convert, restore_alpha, load_alpha, from_sub, from_sub_adjust, mix, mix_field;
+};
+inline const RgbFormat rgb32{"RGB32", 4, ::LoadYUY2_RGB32, ::LoadYUY2_RGB32_adjust, ::loadimage_rgb32,
+                             ::loadimage_rgb32_ajust, ::Convert_RGB32_To_AYUY2, ::Restore_RGB32_To_Alpha,
+                             ::load_subpicture_alpha_rgb32, ::load_subpicture_yuy2_rgb32,
+                             ::load_subpicture_yuy2_rgb32_ajust, ::mix_ayuy2_rgb32_p_ajust, ::mix_ayuy2_rgb32_i_ajust};
+inline const RgbFormat rgb24{"RGB24", 3, ::LoadYUY2_RGB24, ::LoadYUY2_RGB24_adjust, ::loadimage_rgb24,
+                             ::loadimage_rgb24_ajust, ::Convert_RGB24_To_AYUY2, ::Restore_RGB24_To_Alpha,
+                             ::load_subpicture_alpha_rgb24, ::load_subpicture_yuy2_rgb24,
+                             ::load_subpicture_yuy2_rgb24_ajust, ::mix_ayuy2_rgb24_p_ajust, ::mix_ayuy2_rgb24_i_ajust};
+inline const RgbFormat rgb16{"RGB16", 2, ::LoadYUY2_RGB16, ::LoadYUY2_RGB16_adjust, ::loadimage_rgb16,
+                             ::loadimage_rgb16_ajust, ::Convert_RGB16_565_To_AYUY2, ::Restore_RGB16_565_To_Alpha,
+                             ::load_subpicture_alpha_rgb16_565, ::load_subpicture_yuy2_rgb16,
+                             ::load_subpicture_yuy2_rgb16_ajust, ::mix_ayuy2_rgb16_p_ajust, ::mix_ayuy2_rgb16_i_ajust};
+inline const RgbFormat* const rgb_formats[] = {&rgb32, &rgb24, &rgb16};
+// The 16-bit layouts a format takes: 0..3 for RGB16, only 0 for the others.
+inline int layouts(const RgbFormat& f) { return f.bpp == 2 ? 4 : 1; }
 
 // Compares two whole buffers; on a mismatch reports the first differing offset (relative to
 // the usable area) and a few bytes around it.
