@@ -71,14 +71,16 @@ std::string write_png(const ScratchDir& scratch, const std::string& size) {
 
 // One line for every kind of bad input, with its exit status and nothing left behind (one case
 // of each reader's refusals; damaged files are the fuzz targets' work); and one note for each
-// thing an input holds that the run does not show, unless quiet.
+// thing an input holds that the run does not show, unless quiet. The headers' tags come in any
+// order, with the 4:2:0 spellings, none at all, and tags the program passes over.
 TEST(Program, SaysWhatItRefusesAndWhatItLeavesOut) {
     ScratchDir scratch;
     const std::string frame = y4m_frame(test_picture(64, 32, Chroma::c420, 0));
     write_file(scratch / "text.y4m", "hello, world\n");
     write_file(scratch / "truncated.y4m", y4m_header(64, 32, "420") + frame + frame + frame.substr(0, 100));
-    write_file(scratch / "good.y4m", y4m_header(64, 32, "420") + frame);
-    write_file(scratch / "bottom.y4m", y4m_header(64, 32, "420", " Ib") + frame);
+    write_file(scratch / "good.y4m", "YUV4MPEG2 H32 W64 I? XCOLORRANGE=LIMITED\n" + frame);
+    write_file(scratch / "top.y4m", "YUV4MPEG2 W64 H32 F30000:1001 It A10:11 C420jpeg XYSCSS=420JPEG\n" + frame);
+    write_file(scratch / "bottom.y4m", y4m_header(64, 32, "420mpeg2", " Ib") + frame);
     write_file(scratch / "full.y4m", y4m_header(64, 32, "420", " XCOLORRANGE=FULL") + frame);
     write_file(scratch / "422.y4m", y4m_header(64, 32, "422") + y4m_frame(test_picture(64, 32, Chroma::c422, 0)));
     write_file(scratch / "444.y4m", y4m_header(64, 32, "444") + frame);
@@ -120,6 +122,7 @@ TEST(Program, SaysWhatItRefusesAndWhatItLeavesOut) {
         {"--subpicture-at 64,0 --subpicture " + bar + " '" + d + "good.y4m'", 2, "lies outside the 64x32 frame"},
         {"'" + d + "bottom.y4m'", 0, "is interlaced (bottom field first) and shown as whole frames"},
         {"-q '" + d + "bottom.y4m'", 0, nullptr},
+        {"'" + d + "top.y4m'", 0, "is interlaced (top field first) and shown as whole frames"},
         {"--interlaced -s 1x2 '" + d + "bottom.y4m'", 0, nullptr},
         {"'" + d + "full.y4m'", 0, "is full range (XCOLORRANGE=FULL), but the kernels assume video range"},
         {"--no-subpicture '" + d + "422.y4m'", 0, "is 4:2:2, and the kernels give each odd row the chroma"},
