@@ -76,6 +76,20 @@ inline const RgbFormat* const rgb_formats[] = {&rgb32, &rgb24, &rgb16};
 // The 16-bit layouts a format takes: 0..3 for RGB16, only 0 for the others.
 inline int layouts(const RgbFormat& f) { return f.bpp == 2 ? 4 : 1; }
 
+// One luma, U and V sample through the adjusting YUY2 copy (a 16-pixel, two-row frame), as the
+// adjust constants loaded last make them.
+struct Adjusted {
+    uint8_t y, u, v;
+    bool operator==(const Adjusted&) const = default;
+    friend std::ostream& operator<<(std::ostream& o, const Adjusted& a) { return o << +a.y << "/" << +a.u << "/" << +a.v; }
+};
+inline Adjusted adjust_through_kernel(uint8_t y, uint8_t u, uint8_t v) {
+    uint8_t src[64], dst[64];
+    for (int i = 0; i < 64; i += 4) src[i] = y, src[i + 1] = u, src[i + 2] = y, src[i + 3] = v;
+    ::LoadYUY2_YUY2_adjust(src, nullptr, nullptr, dst, 16, 2, 16, 32, nullptr);
+    return {dst[0], dst[1], dst[3]};
+}
+
 // Compares two whole buffers; on a mismatch reports the first differing offset (relative to
 // the usable area) and a few bytes around it.
 inline ::testing::AssertionResult same_bytes(const Buffer& expected, const Buffer& actual) {

@@ -1,7 +1,9 @@
 // The command line and the picture settings.
 #include <initializer_list>
+#include <tuple>
 
 #include "options.hpp"
+#include "support/test_support.hpp"
 #include "tool_support.hpp"
 
 namespace dispconv::tool::test {
@@ -20,59 +22,32 @@ TEST(CommandLine, ReadsEveryChoice) {
     const Options o = parse({"-f", "rgb655", "--stretch=1x2-filter", "--interlaced=bottom", "--contrast", "1.5",
                              "--brightness=-20", "--saturation", "0", "-n", "3", "--size", "96x40", "-o", "pics",
                              "--subpicture", "menu.png", "--subpicture-at", "4,6", "--force", "-q", "in.y4m"});
-    EXPECT_EQ(o.format, SurfaceFormat::rgb655);
-    EXPECT_EQ(o.stretch, Stretch::double_height_filter);
-    EXPECT_EQ(o.field, 1);
-    EXPECT_DOUBLE_EQ(o.contrast, 1.5);
-    EXPECT_DOUBLE_EQ(o.brightness, -20);
-    EXPECT_DOUBLE_EQ(o.saturation, 0);
-    EXPECT_EQ(o.frames, 3);
-    EXPECT_EQ(o.clip_width, 96);
-    EXPECT_EQ(o.clip_height, 40);
-    EXPECT_EQ(o.output, "pics");
-    EXPECT_EQ(o.subpicture, "menu.png");
-    EXPECT_EQ(o.subpicture_x, 4);
-    EXPECT_EQ(o.subpicture_y, 6);
-    EXPECT_TRUE(o.force);
-    EXPECT_TRUE(o.quiet);
-    EXPECT_EQ(o.input, "in.y4m");
+    EXPECT_EQ(std::tie(o.format, o.stretch, o.field, o.frames, o.clip_width, o.clip_height, o.subpicture_x, o.subpicture_y),
+              std::make_tuple(SurfaceFormat::rgb655, Stretch::double_height_filter, 1, 3, 96, 40, 4, 6));
+    EXPECT_EQ(std::tie(o.contrast, o.brightness, o.saturation, o.force, o.quiet), std::make_tuple(1.5, -20.0, 0.0, true, true));
+    EXPECT_EQ(std::tie(o.output, o.subpicture, o.input), std::make_tuple("pics", "menu.png", "in.y4m"));
 
     const Options d = parse({});
-    EXPECT_EQ(d.format, SurfaceFormat::rgb32);
-    EXPECT_EQ(d.stretch, Stretch::none);
-    EXPECT_EQ(d.field, -1);
-    EXPECT_TRUE(d.input.empty());
+    EXPECT_EQ(std::tie(d.format, d.stretch, d.field, d.input), std::make_tuple(SurfaceFormat::rgb32, Stretch::none, -1, ""));
     EXPECT_EQ(parse({"-i"}).field, first_field);
     EXPECT_EQ(parse({"-"}).input, "-");
 }
 
 // Grey stays grey and mid-grey stays mid-grey under any contrast and saturation, through the
-// library's own adjustment.
+// library's own adjustment; brightness moves luma alone, and contrast and saturation scale the
+// distance from mid-grey.
 TEST(PictureSettings, KeepGreyThroughTheAdjustingKernel) {
+    const auto through = [](double contrast, double brightness, double saturation, uint8_t sample) {
+        ajust_contrast_info s = adjust_settings(contrast, brightness, saturation);
+        get_contrast_data(&s);
+        return dispconv::test::adjust_through_kernel(sample, sample, sample);
+    };
     for (double contrast : {0.0, 0.5, 1.0, 1.7, 4.0})
-        for (double saturation : {0.0, 0.25, 1.0, 2.5, 4.0}) {
-            SCOPED_TRACE("contrast " + std::to_string(contrast) + " saturation " + std::to_string(saturation));
-            ajust_contrast_info s = adjust_settings(contrast, 0, saturation);
-            get_contrast_data(&s);
-            // Two rows of 16 pixels: the kernel works on row pairs.
-            uint8_t src[64], dst[64] = {};
-            for (int i = 0; i < 64; ++i) src[i] = 128;  // Y 128, U 128, V 128
-            LoadYUY2_YUY2_adjust(src, nullptr, nullptr, dst, 16, 2, 16, 32, nullptr);
-            for (int i = 0; i < 64; ++i) EXPECT_EQ(dst[i], 128) << "byte " << i;
-        }
-    ajust_contrast_info brighter = adjust_settings(1, 30, 1);
-    get_contrast_data(&brighter);
-    uint8_t src[64], dst[64] = {};
-    for (int i = 0; i < 64; ++i) src[i] = 100;
-    LoadYUY2_YUY2_adjust(src, nullptr, nullptr, dst, 16, 2, 16, 32, nullptr);
-    EXPECT_EQ(dst[0], 130);  // luma raised
-    EXPECT_EQ(dst[1], 100);  // chroma untouched
-    // Contrast and saturation scale the distance from mid-grey.
-    ajust_contrast_info stronger = adjust_settings(2, 0, 0.5);
-    get_contrast_data(&stronger);
-    LoadYUY2_YUY2_adjust(src, nullptr, nullptr, dst, 16, 2, 16, 32, nullptr);
-    EXPECT_EQ(dst[0], 72);   // 128 - 2 * 28
-    EXPECT_EQ(dst[1], 114);  // 128 - 28 / 2
+        for (double saturation : {0.0, 0.25, 1.0, 2.5, 4.0})
+            EXPECT_EQ(through(contrast, 0, saturation, 128), (dispconv::test::Adjusted{128, 128, 128}))
+                << "contrast " << contrast << " saturation " << saturation;
+    EXPECT_EQ(through(1, 30, 1, 100), (dispconv::test::Adjusted{130, 100, 100}));
+    EXPECT_EQ(through(2, 0, 0.5, 100), (dispconv::test::Adjusted{72, 114, 114}));  // 128 - 2 * 28, 128 - 28 / 2
 }
 
 }  // namespace
