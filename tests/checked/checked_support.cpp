@@ -1,10 +1,5 @@
 #include "checked/checked_support.hpp"
 
-#include <setjmp.h>
-#include <signal.h>
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -89,11 +84,21 @@ Result adapt(Result (*f)(MixInfo&), const CheckedCall& c, R r, MixInfo* after) {
     return result;
 }
 
-thread_local sigjmp_buf* fault_target = nullptr;
-
-void on_fault(int) {
-    if (fault_target) siglongjmp(*fault_target, 1);
-    std::abort();
+// Through the checked interface; regions indexed by dispconv_buffer. `after` receives the record
+// as the call leaves it (record kernels).
+Result run_checked(const CheckedCall& c, Region* regions, MixInfo* after = nullptr) {
+    switch (c.kernel) {
+#define DISPCONV_KERNEL(name, params, args) \
+    case DISPCONV_KERNEL_##name:            \
+        return adapt(&dispconv::name, c, regions, after);
+#include "load/kernels.def"
+#include "stretch/kernels.def"
+#include "subpicture/kernels.def"
+#include "mix/kernels.def"
+#undef DISPCONV_KERNEL
+        default:
+            return {Status::bad_argument, DISPCONV_BUFFER_COUNT, 0, 0, "no checked function for this kernel"};
+    }
 }
 
 }  // namespace
@@ -125,21 +130,6 @@ dispconv_range hull(const dispconv_footprint& fp, int b) {
     if (r.begin == r.end) return w;
     if (w.begin == w.end) return r;
     return {std::min(r.begin, w.begin), std::max(r.end, w.end)};
-}
-
-Result run_checked(const CheckedCall& c, Region* regions, MixInfo* after) {
-    switch (c.kernel) {
-#define DISPCONV_KERNEL(name, params, args) \
-    case DISPCONV_KERNEL_##name:            \
-        return adapt(&dispconv::name, c, regions, after);
-#include "load/kernels.def"
-#include "stretch/kernels.def"
-#include "subpicture/kernels.def"
-#include "mix/kernels.def"
-#undef DISPCONV_KERNEL
-        default:
-            return {Status::bad_argument, DISPCONV_BUFFER_COUNT, 0, 0, "no checked function for this kernel"};
-    }
 }
 
 void run_raw(const KernelTable& t, const CheckedCall& c, uint8_t* const* p, MIX_INFO* after) {
@@ -182,6 +172,17 @@ void run_raw(const KernelTable& t, const CheckedCall& c, uint8_t* const* p, MIX_
     if (after) *after = *info;
 }
 
+std::array<uint8_t*, DISPCONV_BUFFER_COUNT> Buffers::pointers() {
+    std::array<uint8_t*, DISPCONV_BUFFER_COUNT> p{};
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
+        if (!bytes[b].empty()) p[b] = bytes[b].data() + origin[b];
+    return p;
+}
+
+namespace {
+
+// The record's scalars and each pointer's move from where the call gave it, as a record kernel
+// or its checked function left them.
 std::vector<std::ptrdiff_t> record_moves(const MIX_INFO& after, uint8_t* const* given) {
     std::vector<std::ptrdiff_t> r{after.frame_stride, after.sub_stride, after.image_stride, after.width, after.height,
                                   std::ptrdiff_t(after.color_key)};
@@ -196,15 +197,6 @@ std::vector<std::ptrdiff_t> record_moves(const MixInfo& after, const Region* giv
         r.push_back((after.*checked_fields[i]).origin() - given[DISPCONV_BUFFER_FRAME_Y + i].origin());
     return r;
 }
-
-std::array<uint8_t*, DISPCONV_BUFFER_COUNT> Buffers::pointers() {
-    std::array<uint8_t*, DISPCONV_BUFFER_COUNT> p{};
-    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
-        if (!bytes[b].empty()) p[b] = bytes[b].data() + origin[b];
-    return p;
-}
-
-namespace {
 
 // Where `got` differs from `want`, or (with a footprint) from `pristine` outside the writes.
 std::string differences(const std::string& who, const Buffers& got, const Buffers& want, const Buffers& pristine,
@@ -317,39 +309,6 @@ std::string check_refused(const CheckedCall& c, Status expected) {
     const Result r = run_checked(c, regions.data());
     if (r.status != expected || !r.problem) return "the checked interface said " + describe(r);
     return bytes == pristine ? "" : "the refused call wrote";
-}
-
-GuardedBytes::GuardedBytes(size_t bytes, Edge edge) : size_(bytes) {
-    const size_t page = size_t(sysconf(_SC_PAGESIZE));
-    const size_t pages = (bytes + page - 1) / page;
-    map_bytes_ = (pages + 2) * page;
-    void* m = mmap(nullptr, map_bytes_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (m == MAP_FAILED) std::abort();
-    map_ = static_cast<uint8_t*>(m);
-    if (pages && mprotect(map_ + page, pages * page, PROT_READ | PROT_WRITE) != 0) std::abort();
-    data_ = edge == at_start ? map_ + page : map_ + page + pages * page - bytes;
-}
-
-GuardedBytes::~GuardedBytes() { munmap(map_, map_bytes_); }
-
-bool faults(void (*body)(void*), void* context) {
-    struct sigaction action{}, old_segv{}, old_bus{};
-    action.sa_handler = on_fault;
-    sigemptyset(&action.sa_mask);
-    action.sa_flags = SA_NODEFER;
-    sigaction(SIGSEGV, &action, &old_segv);
-    sigaction(SIGBUS, &action, &old_bus);
-    sigjmp_buf target;
-    bool faulted = true;
-    if (sigsetjmp(target, 1) == 0) {
-        fault_target = &target;
-        body(context);
-        faulted = false;
-    }
-    fault_target = nullptr;
-    sigaction(SIGSEGV, &old_segv, nullptr);
-    sigaction(SIGBUS, &old_bus, nullptr);
-    return faulted;
 }
 
 }  // namespace dispconv::test

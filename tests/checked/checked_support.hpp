@@ -41,16 +41,9 @@ dispconv_status footprint_of(const CheckedCall& c, dispconv_footprint& fp);
 // Hull of the reads and writes of one buffer (empty when untouched).
 dispconv_range hull(const dispconv_footprint& fp, int buffer);
 
-// Through the checked interface; regions indexed by dispconv_buffer. `after` receives the record
-// as the call leaves it (record kernels).
-Result run_checked(const CheckedCall& c, Region* regions, MixInfo* after = nullptr);
 // Through one instruction set's kernel, pointers indexed by dispconv_buffer; `after` receives the
 // record as the kernel leaves it (record kernels).
 void run_raw(const KernelTable& t, const CheckedCall& c, uint8_t* const* pointers, MIX_INFO* after = nullptr);
-// The record's scalars and each pointer's move (from `given`, indexed by dispconv_buffer), as a
-// record kernel or its checked function left them.
-std::vector<std::ptrdiff_t> record_moves(const MIX_INFO& after, uint8_t* const* given);
-std::vector<std::ptrdiff_t> record_moves(const MixInfo& after, const Region* given);
 
 // A call of kernel k: width, height, `pad` bytes (or pixels) more per row of each buffer,
 // strides negated by `sign` where the kernel allows it.
@@ -92,26 +85,5 @@ std::string check_accepted(const CheckedCall& c, const dispconv_footprint& fp, c
 // A call outside the contract: the footprint and the checked interface refuse it with `expected`,
 // give a reason, leave no ranges and write nothing. Returns what went wrong, or "".
 std::string check_refused(const CheckedCall& c, Status expected);
-
-// Memory of `bytes` usable bytes between two inaccessible pages, aligned to either end.
-class GuardedBytes {
-public:
-    enum Edge { at_end, at_start };
-    GuardedBytes(size_t bytes, Edge edge);
-    ~GuardedBytes();
-    GuardedBytes(const GuardedBytes&) = delete;
-    GuardedBytes& operator=(const GuardedBytes&) = delete;
-    uint8_t* data() const { return data_; }
-    size_t size() const { return size_; }
-
-private:
-    uint8_t* map_ = nullptr;
-    size_t map_bytes_ = 0;
-    uint8_t* data_ = nullptr;
-    size_t size_ = 0;
-};
-
-// Runs `body`; true when it raised a memory fault (the body is abandoned at the fault).
-bool faults(void (*body)(void*), void* context);
 
 }  // namespace dispconv::test

@@ -1,7 +1,13 @@
 // Every kernel stays inside the footprint the library computes for it, reaches both of its ends,
 // and the checked interface accepts exactly the calls whose footprint fits their spans.
+#include <setjmp.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 #include "checked/checked_support.hpp"
@@ -17,14 +23,34 @@ std::vector<Isa> isas() {
     return v;
 }
 
-struct RawRun {
-    const KernelTable* table;
-    const CheckedCall* call;
-    uint8_t* const* pointers;
+// Memory of `bytes` usable bytes between two inaccessible pages, aligned to either end.
+class GuardedBytes {
+public:
+    enum Edge { at_end, at_start };
+    GuardedBytes(size_t bytes, Edge edge) {
+        const size_t page = size_t(sysconf(_SC_PAGESIZE)), pages = (bytes + page - 1) / page;
+        map_bytes_ = (pages + 2) * page;
+        void* m = mmap(nullptr, map_bytes_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (m == MAP_FAILED) std::abort();
+        map_ = static_cast<uint8_t*>(m);
+        if (pages && mprotect(map_ + page, pages * page, PROT_READ | PROT_WRITE) != 0) std::abort();
+        data_ = edge == at_start ? map_ + page : map_ + page + pages * page - bytes;
+    }
+    ~GuardedBytes() { munmap(map_, map_bytes_); }
+    GuardedBytes(const GuardedBytes&) = delete;
+    GuardedBytes& operator=(const GuardedBytes&) = delete;
+    uint8_t* data() const { return data_; }
+
+private:
+    uint8_t* map_ = nullptr;
+    size_t map_bytes_ = 0;
+    uint8_t* data_ = nullptr;
 };
-void raw_body(void* context) {
-    auto* r = static_cast<RawRun*>(context);
-    run_raw(*r->table, *r->call, r->pointers);
+
+sigjmp_buf* fault_target = nullptr;
+void on_fault(int) {
+    if (fault_target) siglongjmp(*fault_target, 1);
+    std::abort();
 }
 
 // Runs the call on one set with every touched buffer placed so that its footprint ends at (or
@@ -43,8 +69,21 @@ bool faults_at(const CheckedCall& c, const dispconv_footprint& fp, Isa isa, Guar
         // At the start edge a shrunk buffer loses its first byte: the pointer moves back one.
         pointers[b] = bytes[b]->data() - h.begin - (b == shrink && edge == GuardedBytes::at_start ? 1 : 0);
     }
-    RawRun r{kernel_table(isa), &c, pointers.data()};
-    return faults(raw_body, &r);
+    // A fault abandons the kernel and comes back here.
+    struct sigaction action{}, old_segv{}, old_bus{};
+    action.sa_handler = on_fault;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_NODEFER;
+    sigaction(SIGSEGV, &action, &old_segv);
+    sigaction(SIGBUS, &action, &old_bus);
+    sigjmp_buf target;
+    fault_target = &target;
+    const bool faulted = sigsetjmp(target, 1) != 0;
+    if (!faulted) run_raw(*kernel_table(isa), c, pointers.data());
+    fault_target = nullptr;
+    sigaction(SIGSEGV, &old_segv, nullptr);
+    sigaction(SIGBUS, &old_bus, nullptr);
+    return faulted;
 }
 
 // Each footprint placed against a guard page at either end: no implementation faults.
