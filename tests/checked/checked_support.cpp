@@ -246,20 +246,27 @@ std::string same_on_every_isa(const CheckedCall& c, const Buffers& in, const dis
     return "";
 }
 
-std::string check_accepted(const CheckedCall& c, const dispconv_footprint& fp, const Placements& place,
-                           const Fill& fill) {
-    Buffers pristine;
-    uint32_t bad = 0;  // buffers the checked interface must refuse
+Buffers footprint_buffers(const dispconv_footprint& fp, const Placements& place, const Fill& fill) {
+    Buffers buffers;
     for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) {
         const dispconv_range h = hull(fp, b);
         const Placement& p = place[b];
         if (h.begin == h.end) continue;
-        pristine.bytes[b].resize(p.empty ? 0 : size_t(h.end - h.begin + p.front + p.back));
-        pristine.origin[b] = p.front - h.begin;
-        fill(b, pristine.bytes[b]);
-        if (p.empty || p.front < 0 || p.back < 0 || (p.read_only && fp.write[b].begin != fp.write[b].end))
-            bad |= 1u << b;
+        buffers.bytes[b].resize(p.empty ? 0 : size_t(h.end - h.begin + p.front + p.back));
+        buffers.origin[b] = p.front - h.begin;
+        fill(b, buffers.bytes[b]);
     }
+    return buffers;
+}
+
+std::string check_accepted(const CheckedCall& c, const dispconv_footprint& fp, const Placements& place,
+                           const Fill& fill) {
+    const Buffers pristine = footprint_buffers(fp, place, fill);
+    uint32_t bad = 0;  // buffers the checked interface must refuse
+    for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)
+        if (const Placement& p = place[b]; hull(fp, b).begin != hull(fp, b).end &&
+            (p.empty || p.front < 0 || p.back < 0 || (p.read_only && fp.write[b].begin != fp.write[b].end)))
+            bad |= 1u << b;
     Buffers checked = pristine;
     std::array<Region, DISPCONV_BUFFER_COUNT> regions;
     for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b)

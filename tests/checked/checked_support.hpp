@@ -75,6 +75,9 @@ struct Placement {
 using Placements = std::array<Placement, DISPCONV_BUFFER_COUNT>;
 using Fill = std::function<void(int buffer, std::vector<uint8_t>& bytes)>;
 
+// Each buffer the footprint touches, sized to its hull, placed as `place` says and filled by `fill`.
+Buffers footprint_buffers(const dispconv_footprint& fp, const Placements& place, const Fill& fill);
+
 // A call inside the contract, each touched buffer its own allocation placed as `place` says and
 // filled by `fill`. Where a buffer is short, empty, or const but written, the checked interface
 // must refuse it, naming that buffer and the bytes missing, and write nothing. Otherwise it must

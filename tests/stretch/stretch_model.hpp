@@ -84,6 +84,14 @@ inline void put_row(Buffer& b, ptrdiff_t offset, const Row& r) {
     std::copy(r.begin(), r.end(), b.data() + offset);
 }
 
+// A bottom-up call writes the same rows in the opposite order.
+inline ::testing::AssertionResult rows_reversed(const Buffer& want, const Buffer& up, size_t stride, int rows) {
+    for (int r = 0; r < rows; ++r)
+        if (!std::equal(want.data() + r * stride, want.data() + (r + 1) * stride, up.data() + (rows - 1 - r) * stride))
+            return ::testing::AssertionFailure() << "bottom-up row " << r;
+    return ::testing::AssertionSuccess();
+}
+
 // Which source rows make a destination row: c = copy of row n, a = average of rows n and
 // n + 1, f = four-row filter over rows n .. n + 3.
 struct Tap {

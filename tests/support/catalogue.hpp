@@ -56,7 +56,6 @@ struct KernelFacts {
 
     bool has(unsigned r) const { return (rules & r) != 0; }
     bool touches(int buffer) const { return (buffers >> buffer & 1) != 0; }
-    bool reads_record() const { return shape == Shape::record || shape == Shape::edge_directed || has(placement); }
     int64_t dst_row(int64_t width) const { return width * dst_x2 / 2; }
     int64_t image_row(int64_t width) const { return width * image_x2 / 2; }
 };

@@ -53,14 +53,11 @@ std::vector<Job> jobs() {
         Job j{make_call(dispconv_kernel(k), f.least_width + std::max(f.block, 16), f.min_height + 4, 8, 1, 1), {}};
         dispconv_footprint fp;
         if (footprint_of(j.call, fp) != DISPCONV_OK) std::printf("%s: %s\n", describe(j.call).c_str(), fp.problem), std::abort();
-        for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) {
-            const dispconv_range h = hull(fp, b);
-            j.pristine.bytes[b].resize(size_t(h.end - h.begin));
-            j.pristine.origin[b] = -h.begin;
-            fill_random(j.pristine.bytes[b].data(), j.pristine.bytes[b].size(), 2024 + b);
+        j.pristine = footprint_buffers(fp, {}, [](int b, std::vector<uint8_t>& bytes) {
+            fill_random(bytes.data(), bytes.size(), 2024 + b);
             if (b == DISPCONV_BUFFER_SUB_OPACITY)
-                for (uint8_t& o : j.pristine.bytes[b]) o %= 17;
-        }
+                for (uint8_t& o : bytes) o %= 17;
+        });
         all.push_back(std::move(j));
     }
     return all;
