@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 
 #include "checked/checked_support.hpp"
@@ -23,29 +24,15 @@ std::vector<Isa> isas() {
     return v;
 }
 
-// Memory of `bytes` usable bytes between two inaccessible pages, aligned to either end.
-class GuardedBytes {
-public:
-    enum Edge { at_end, at_start };
-    GuardedBytes(size_t bytes, Edge edge) {
-        const size_t page = size_t(sysconf(_SC_PAGESIZE)), pages = (bytes + page - 1) / page;
-        map_bytes_ = (pages + 2) * page;
-        void* m = mmap(nullptr, map_bytes_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (m == MAP_FAILED) std::abort();
-        map_ = static_cast<uint8_t*>(m);
-        if (pages && mprotect(map_ + page, pages * page, PROT_READ | PROT_WRITE) != 0) std::abort();
-        data_ = edge == at_start ? map_ + page : map_ + page + pages * page - bytes;
-    }
-    ~GuardedBytes() { munmap(map_, map_bytes_); }
-    GuardedBytes(const GuardedBytes&) = delete;
-    GuardedBytes& operator=(const GuardedBytes&) = delete;
-    uint8_t* data() const { return data_; }
-
-private:
-    uint8_t* map_ = nullptr;
-    size_t map_bytes_ = 0;
-    uint8_t* data_ = nullptr;
-};
+// `bytes` usable bytes between two inaccessible pages, aligned to the start or the end; the
+// pages go with the pointer.
+using Guarded = std::unique_ptr<uint8_t, std::function<void(uint8_t*)>>;
+Guarded guarded_bytes(size_t bytes, bool at_start) {
+    const size_t page = size_t(sysconf(_SC_PAGESIZE)), pages = (bytes + page - 1) / page, total = (pages + 2) * page;
+    auto* m = static_cast<uint8_t*>(mmap(nullptr, total, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    if (m == MAP_FAILED || (pages && mprotect(m + page, pages * page, PROT_READ | PROT_WRITE) != 0)) std::abort();
+    return Guarded(at_start ? m + page : m + page + pages * page - bytes, [m, total](uint8_t*) { munmap(m, total); });
+}
 
 sigjmp_buf* fault_target = nullptr;
 void on_fault(int) {
@@ -56,18 +43,17 @@ void on_fault(int) {
 // Runs the call on one set with every touched buffer placed so that its footprint ends at (or
 // starts right after) a guard page, `shrink` (a role, or -1) a byte short at that edge; true when
 // it touched a guard page.
-bool faults_at(const CheckedCall& c, const dispconv_footprint& fp, Isa isa, GuardedBytes::Edge edge, int shrink,
-               uint32_t seed) {
-    std::array<std::unique_ptr<GuardedBytes>, DISPCONV_BUFFER_COUNT> bytes;
+bool faults_at(const CheckedCall& c, const dispconv_footprint& fp, Isa isa, bool at_start, int shrink, uint32_t seed) {
+    std::array<Guarded, DISPCONV_BUFFER_COUNT> bytes;
     std::array<uint8_t*, DISPCONV_BUFFER_COUNT> pointers{};
     for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) {
         const dispconv_range h = hull(fp, b);
         if (h.begin == h.end) continue;
         const size_t n = size_t(h.end - h.begin) - (b == shrink ? 1 : 0);
-        bytes[b] = std::make_unique<GuardedBytes>(n, edge);
-        fill_random(bytes[b]->data(), n, seed * 31 + b);
+        bytes[b] = guarded_bytes(n, at_start);
+        fill_random(bytes[b].get(), n, seed * 31 + b);
         // At the start edge a shrunk buffer loses its first byte: the pointer moves back one.
-        pointers[b] = bytes[b]->data() - h.begin - (b == shrink && edge == GuardedBytes::at_start ? 1 : 0);
+        pointers[b] = bytes[b].get() - h.begin - (b == shrink && at_start ? 1 : 0);
     }
     // A fault abandons the kernel and comes back here.
     struct sigaction action{}, old_segv{}, old_bus{};
@@ -93,10 +79,10 @@ TEST(Footprint, KernelsStayInsideTheirFootprints) {
         dispconv_footprint fp;
         ASSERT_EQ(footprint_of(c, fp), DISPCONV_OK) << describe(c);
         for (Isa isa : isas())
-            for (auto edge : {GuardedBytes::at_end, GuardedBytes::at_start})
-                ASSERT_FALSE(faults_at(c, fp, isa, edge, -1, runs++))
+            for (bool at_start : {false, true})
+                ASSERT_FALSE(faults_at(c, fp, isa, at_start, -1, runs++))
                     << describe(c) << " on " << isa_name(isa) << " touched memory outside its footprint ("
-                    << (edge == GuardedBytes::at_end ? "after its end" : "before its start") << ")";
+                    << (at_start ? "before its start" : "after its end") << ")";
     }
 }
 
@@ -104,9 +90,8 @@ TEST(Footprint, KernelsStayInsideTheirFootprints) {
 // Restore_RGB24_To_Alpha is defined to load each pixel as the 32-bit word at its start and keep
 // the next pixel's first byte, so the bitmap's first byte is read but never needed: none of our
 // implementations loads it, yet callers must still provide it.
-bool needed_by_no_implementation(const CheckedCall& c, int b, GuardedBytes::Edge edge) {
-    return c.kernel == DISPCONV_KERNEL_Restore_RGB24_To_Alpha && b == DISPCONV_BUFFER_IMAGE &&
-           edge == GuardedBytes::at_start;
+bool needed_by_no_implementation(const CheckedCall& c, int b, bool at_start) {
+    return c.kernel == DISPCONV_KERNEL_Restore_RGB24_To_Alpha && b == DISPCONV_BUFFER_IMAGE && at_start;
 }
 
 // One byte less at either end of any buffer and some implementation touches the guard page: the
@@ -120,12 +105,12 @@ TEST(Footprint, KernelsReachBothEndsOfTheirFootprints) {
         ASSERT_EQ(footprint_of(c, fp), DISPCONV_OK) << describe(c);
         for (int b = 0; b < DISPCONV_BUFFER_COUNT; ++b) {
             if (hull(fp, b).begin == hull(fp, b).end) continue;
-            for (auto edge : {GuardedBytes::at_end, GuardedBytes::at_start}) {
-                if (needed_by_no_implementation(c, b, edge)) continue;
+            for (bool at_start : {false, true}) {
+                if (needed_by_no_implementation(c, b, at_start)) continue;
                 bool reached = false;
-                for (Isa isa : isas()) reached = reached || faults_at(c, fp, isa, edge, b, 7);
+                for (Isa isa : isas()) reached = reached || faults_at(c, fp, isa, at_start, b, 7);
                 if (reached) continue;
-                const std::string what = describe(c) + ": the " + (edge == GuardedBytes::at_end ? "last" : "first") +
+                const std::string what = describe(c) + ": the " + (at_start ? "first" : "last") +
                                          " byte of " + buffer_name(dispconv_buffer(b));
                 EXPECT_FALSE(DISPCONV_REQUIRE_REACH) << "no implementation touches " << what;
                 if (!DISPCONV_REQUIRE_REACH) std::printf("not reached by any implementation here: %s\n", what.c_str());

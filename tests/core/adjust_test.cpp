@@ -5,7 +5,7 @@
 namespace dispconv::test {
 namespace {
 
-// The all-zero start is checked in a process of its own (standalone/zero_constants.cpp).
+// The all-zero start is checked in a process of its own (standalone/early_call.cpp).
 TEST(Adjust, SettingsArithmetic) {
     struct Case {
         ajust_contrast_info s;
