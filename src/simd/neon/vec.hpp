@@ -221,7 +221,7 @@ V load_lanes(const void* p, ptrdiff_t stride);
 template <>
 inline V16 load_lanes<V16>(const void* p, ptrdiff_t) { return V16::load(p); }
 inline V16 even_u32(V16 a, V16 b) { return of(vuzp1q_u32(u32(a), u32(b))); }
-inline V16 odd_u32(V16 a, V16 b) { return of(vuzp2q_u32(u32(a), u32(b))); }
+inline V16 add_pairs_i32(V16 a, V16 b) { return of(vpaddq_s32(s32(a), s32(b))); }
 inline void store_low_u32(uint8_t* d, V16 v) {
     const uint32_t w = vgetq_lane_u32(u32(v), 0);
     std::memcpy(d, &w, 4);

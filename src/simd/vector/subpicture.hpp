@@ -30,7 +30,7 @@ DISPCONV_VECTOR_INLINE V subpicture_sums(V px, const SubpictureLanes<V>& o) {
     const V z = V::zero();
     const V lo = madd_i16(unpacklo_u8(px, z) | o.bias, o.weights);
     const V hi = madd_i16(unpackhi_u8(px, z) | o.bias, o.weights);
-    return srai_i32<10>(add_i32(even_u32(lo, hi), odd_u32(lo, hi)));
+    return srai_i32<10>(add_pairs_i32(lo, hi));
 }
 
 // Four 3-byte pixels from bytes 0..11 of each lane to 32-bit words with a zero top byte.

@@ -46,8 +46,10 @@ constexpr int pixel_chroma_index(int G, int lanes, int lane, int half, int w) {
         static Vec load(const void* p) { return {P##loadu_##SI(static_cast<const T*>(p))}; }           \
         static void store(void* p, Vec v) { P##storeu_##SI(static_cast<T*>(p), v.r); }                 \
         static Vec zero() { return {P##setzero_##SI()}; }                                               \
-        static Vec set1_u8(uint8_t x) { return {P##set1_epi8(static_cast<char>(x))}; }                 \
-        static Vec set1_i16(int16_t x) { return {P##set1_epi16(x)}; }                                   \
+        /* Narrow values broadcast as 32-bit ones: where GCC moves them through memory, a narrow */    \
+        /* store read back 32 bits wide cannot be forwarded and stalls. */                              \
+        static Vec set1_u8(uint8_t x) { return {P##set1_epi32(int32_t(x * 0x01010101u))}; }            \
+        static Vec set1_i16(int16_t x) { return {P##set1_epi32(int32_t(uint16_t(x) * 0x10001u))}; }    \
         static Vec set1_i32(int32_t x) { return {P##set1_epi32(x)}; }                                   \
         static Vec set1_i64(int64_t x);                                                                 \
         /* The 16 bytes of a lane table in every lane, as one constant of the full width: a load */     \
@@ -475,12 +477,17 @@ template <class V>
 V load_lanes(const void* p, ptrdiff_t stride);
 template <>
 inline Vec<16> load_lanes<Vec<16>>(const void* p, ptrdiff_t) { return Vec<16>::load(p); }
-// Lane by lane, 32-bit words 0 and 2 of a then of b (even) or words 1 and 3 (odd).
+// Lane by lane, 32-bit words 0 and 2 of a then of b.
 inline Vec<16> even_u32(Vec<16> a, Vec<16> b) {
     return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.r), _mm_castsi128_ps(b.r), 0x88))};
 }
-inline Vec<16> odd_u32(Vec<16> a, Vec<16> b) {
-    return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.r), _mm_castsi128_ps(b.r), 0xDD))};
+// Lane by lane, neighbouring 32-bit words summed: a's two pairs, then b's.
+inline Vec<16> add_pairs_i32(Vec<16> a, Vec<16> b) {
+#if defined(__SSSE3__)
+    return {_mm_hadd_epi32(a.r, b.r)};
+#else
+    return {_mm_add_epi32(even_u32(a, b).r, _mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.r), _mm_castsi128_ps(b.r), 0xDD)))};
+#endif
 }
 // The low 4 bytes stored at d.
 inline void store_low_u32(uint8_t* d, Vec<16> v) {
@@ -500,9 +507,7 @@ inline Vec<32> load_lanes<Vec<32>>(const void* p, ptrdiff_t stride) {
 inline Vec<32> even_u32(Vec<32> a, Vec<32> b) {
     return {_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a.r), _mm256_castsi256_ps(b.r), 0x88))};
 }
-inline Vec<32> odd_u32(Vec<32> a, Vec<32> b) {
-    return {_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a.r), _mm256_castsi256_ps(b.r), 0xDD))};
-}
+inline Vec<32> add_pairs_i32(Vec<32> a, Vec<32> b) { return {_mm256_hadd_epi32(a.r, b.r)}; }
 #endif
 #if defined(__AVX512BW__)
 template <>
@@ -516,8 +521,8 @@ inline Vec<64> load_lanes<Vec<64>>(const void* p, ptrdiff_t stride) {
 inline Vec<64> even_u32(Vec<64> a, Vec<64> b) {
     return {_mm512_castps_si512(_mm512_shuffle_ps(_mm512_castsi512_ps(a.r), _mm512_castsi512_ps(b.r), 0x88))};
 }
-inline Vec<64> odd_u32(Vec<64> a, Vec<64> b) {
-    return {_mm512_castps_si512(_mm512_shuffle_ps(_mm512_castsi512_ps(a.r), _mm512_castsi512_ps(b.r), 0xDD))};
+inline Vec<64> add_pairs_i32(Vec<64> a, Vec<64> b) {  // no 512-bit horizontal add
+    return {_mm512_add_epi32(even_u32(a, b).r, _mm512_castps_si512(_mm512_shuffle_ps(_mm512_castsi512_ps(a.r), _mm512_castsi512_ps(b.r), 0xDD)))};
 }
 #endif
 
