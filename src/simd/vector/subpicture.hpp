@@ -50,25 +50,18 @@ DISPCONV_VECTOR_INLINE V widen_rgb24(V p) {
     }
 }
 
-// A bit per lane: set where the lane's 16 compared bytes were all equal.
-template <class V>
-DISPCONV_VECTOR_INLINE uint32_t equal_lanes(V eq) {
-    const uint64_t m = movemask_u8(eq);
-    uint32_t lanes = 0;
-    for (int k = 0; k < V::lanes; ++k) lanes |= uint32_t((m >> (16 * k) & 0xFFFF) == 0xFFFF) << k;
-    return lanes;
-}
-
 // Eight source pixels per lane widened to (b, g, r, x) words (q0 pixels 0..3, q1 4..7), and a
-// bit per lane whose pixels all equal the key.
+// bit per byte, set where it matched the key: a lane is key where its 16 bits are. The raw
+// mask is tested, as soon as it exists: which blocks are key follows the picture, and a
+// mispredicted branch costs less the earlier it resolves.
 template <class Format, class V>
-DISPCONV_VECTOR_INLINE uint32_t expand_blocks(const uint8_t* src, uint32_t key, V& q0, V& q1) {
+DISPCONV_VECTOR_INLINE uint64_t expand_blocks(const uint8_t* src, uint32_t key, V& q0, V& q1) {
     if constexpr (Format::bytes_per_pixel == 2) {
         const V p = V::load(src);
         const V bg = (slli_i16<3>(p) & V::set1_i16(0x00F8)) | (slli_i16<5>(p) & V::set1_i16(int16_t(0xFC00)));
         const V r = srli_i16<8>(p) & V::set1_i16(0x00F8);
         q0 = unpacklo_u16(bg, r), q1 = unpackhi_u16(bg, r);
-        return equal_lanes(cmpeq_i16(p, V::set1_i16(int16_t(key))));
+        return movemask_u8(cmpeq_i16(p, V::set1_i16(int16_t(key))));
     } else {
         if constexpr (Format::bytes_per_pixel == 4) {
             deal_pair<32>(V::load(src), V::load(src + V::bytes), q0, q1);
@@ -78,7 +71,7 @@ DISPCONV_VECTOR_INLINE uint32_t expand_blocks(const uint8_t* src, uint32_t key, 
             q1 = widen_rgb24(bsrli<4>(load_lanes<V>(src + 8, 24)));
         }
         const V k = V::set1_i32(int32_t(key));
-        return equal_lanes(cmpeq_i32(q0, k) & cmpeq_i32(q1, k));
+        return movemask_u8(cmpeq_i32(q0, k) & cmpeq_i32(q1, k));
     }
 }
 
@@ -103,8 +96,8 @@ struct VectorSubpicture {
         constexpr int bpp = Format::bytes_per_pixel;
         for_blocks<V>(blocks, [&]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
             W q0, q1;
-            const uint32_t keyed = expand_blocks<Format>(src + i * 8 * bpp, key, q0, q1);
-            if (keyed == (1u << W::lanes) - 1) return;
+            const uint64_t keyed = expand_blocks<Format>(src + i * 8 * bpp, key, q0, q1);
+            if (keyed == ~uint64_t(0) >> (64 - W::bytes)) return;
             const SubpictureLanes<W> ky = subpicture_lanes<W>(subpicture_y), ku = subpicture_lanes<W>(subpicture_u),
                                      kv = subpicture_lanes<W>(subpicture_v);
             const W yw = packs_i32(subpicture_sums(q0, ky), subpicture_sums(q1, ky));
@@ -113,7 +106,7 @@ struct VectorSubpicture {
             const W uvw = packs_i32(subpicture_sums(even, ku), subpicture_sums(even, kv));
             const W uv = packus_i16(uvw, uvw);
             auto store = [&]<int k>() DISPCONV_VECTOR_STEP {
-                if (keyed >> k & 1) return;
+                if (W::lanes > 1 && (keyed >> (16 * k) & 0xFFFF) == 0xFFFF) return;
                 const Vec<16> uvk = lane<k>(uv);
                 store_low_halves(y + 8 * (i + k), lane<k>(yb));
                 store_low_u32(u + 4 * (i + k), uvk), store_low_u32(v + 4 * (i + k), bsrli<4>(uvk));
