@@ -20,7 +20,8 @@
 namespace bench {
 
 Frame::Frame(int w, int h)
-    : width(w), height(h), y(size_t(w + 64) * (h + 8)), u(size_t(w + 64) * (h + 8) / 2), v(size_t(w + 64) * (h + 8) / 2),
+    // The YV12 copy steps its source luma three rows per two written: y holds twice the picture.
+    : width(w), height(h), y(size_t(w + 64) * (2 * h + 8)), u(size_t(w + 64) * (h + 8) / 2), v(size_t(w + 64) * (h + 8) / 2),
       yuy2(size_t(2 * w + 64) * (h + 8)), dst(size_t(8 * w + 256) * (2 * h + 8)), dst2(size_t(8 * w + 256) * (2 * h + 8)),
       sub_a(size_t(w + 64) * (h + 8)), sub_y(size_t(w + 64) * (h + 8)), sub_u(size_t(w + 64) * (h + 8)),
       sub_v(size_t(w + 64) * (h + 8)) {
