@@ -29,6 +29,12 @@ struct Frame {
     Frame(int w, int h);
 };
 Frame& frame(int width, int height);
+// Stops the program unless the frame holds every byte a frame-signature call (source pitch
+// `w`) reaches, as the library's footprint gives it: a kernel reading past the benchmark's
+// buffers measures nothing and may crash (some kernels step their source past the picture).
+// A call outside the kernel's contract is let through with a note (its reach is then unknown).
+void check_fits(dispconv_kernel id, const char* name, const Frame& f, bool packed_source, int w, int h, int dst_stride,
+                const ajust_contrast_info* adjust);
 
 enum class Kind { ours, peer, copy, traffic };
 

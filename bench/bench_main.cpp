@@ -45,6 +45,27 @@ Frame& frame(int width, int height) {
     return *f;
 }
 
+void check_fits(dispconv_kernel id, const char* name, const Frame& f, bool packed_source, int w, int h, int dst_stride,
+                const ajust_contrast_info* adjust) {
+    dispconv_call call{};
+    call.kernel = id, call.width = w, call.height = h, call.src_stride = w, call.dst_stride = dst_stride;
+    call.adjust = adjust;
+    dispconv_footprint fp;
+    if (dispconv_get_footprint(&call, &fp) != DISPCONV_OK) {
+        std::fprintf(stderr, "dispconv_bench: %s at %dx%d runs outside its contract (%s); its reach is not checked\n",
+                     name, w, h, fp.problem);
+        return;
+    }
+    const Memory* sources[] = {packed_source ? &f.yuy2 : &f.y, &f.u, &f.v};
+    auto inside = [](dispconv_range r, const Memory& m) { return r.begin >= 0 && r.end <= int64_t(m.size); };
+    bool fits = inside(fp.read[DISPCONV_BUFFER_DST], f.dst) && inside(fp.write[DISPCONV_BUFFER_DST], f.dst);
+    for (int b = DISPCONV_BUFFER_SRC_Y; b <= DISPCONV_BUFFER_SRC_V; ++b) fits = fits && inside(fp.read[b], *sources[b]);
+    if (!fits) {
+        std::fprintf(stderr, "dispconv_bench: the %dx%d frame is too small for %s\n", w, h, name);
+        std::exit(1);
+    }
+}
+
 std::vector<Entry>& entries() {
     static std::vector<Entry> all;
     return all;
@@ -163,7 +184,7 @@ int main(int argc, char** argv) {
     for (const dispconv::IsaName& n : dispconv::isa_names) {
         const bool listed = wanted.empty() || wanted.find(std::string(",") + n.name + ",") != std::string::npos;
         if (listed && (n.bit == 0 || (dispconv_isa_available() & n.bit))) bench::measured_sets.push_back(n.bit);
-        else if (listed) std::fprintf(stderr, "--isa: %s is not available here\n", n.name);
+        else if (listed && !wanted.empty()) std::fprintf(stderr, "--isa: %s is not available here\n", n.name);
     }
     get_contrast_data(&bench::settings);
     for (auto [w, h] : {std::pair{720, 480}, std::pair{1920, 1080}}) {

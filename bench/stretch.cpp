@@ -53,9 +53,10 @@ void add_peer(const std::string& group, const std::string& label, int w, int h, 
 }
 
 // A planar frame-signature stretcher; `dst_stride` in bytes.
-void add_planar(const std::string& group, const char* name, FrameKernel S::*member, int w, int h, int dst_stride,
-                double bytes) {
+void add_planar(const std::string& group, const char* name, dispconv_kernel id, FrameKernel S::*member, int w, int h,
+                int dst_stride, double bytes) {
     Frame& f = frame(w, h);
+    check_fits(id, name, f, false, w, h, dst_stride, &settings);
     add_ours(group, name, w, h, bytes, [=, &f](const dispconv::KernelTable& t) -> std::function<void()> {
         FrameKernel k = t.stretch->*member;
         return [=, &f] { k(f.y.data(), f.u.data(), f.v.data(), f.dst.data(), w, h, w, dst_stride, &settings); };
@@ -79,7 +80,7 @@ void register_stretch(int w, int h) {
         });
         add_peer(g, "swscale bilinear", w, h, yv12 + out, [&f, w, h] { sws_tall(f, AV_PIX_FMT_YUYV422, 2, w, h); });
         add_copy(g, w, h, out);
-        add_planar(g, "strech_picture_1X2_yuy2", &S::strech_picture_1X2_yuy2, w, h, 2 * w, yv12 + out);
+        add_planar(g, "strech_picture_1X2_yuy2", DISPCONV_KERNEL_strech_picture_1X2_yuy2, &S::strech_picture_1X2_yuy2, w, h, 2 * w, yv12 + out);
     }
     {
         const std::string g = "YV12 to RGB32 x1x2";
@@ -91,7 +92,8 @@ void register_stretch(int w, int h) {
         });
         add_peer(g, "swscale bilinear", w, h, yv12 + out, [&f, w, h] { sws_tall(f, AV_PIX_FMT_BGRA, 4, w, h); });
         add_copy(g, w, h, out);
-        add_planar(g, "strech_picture_1X2_yuy2_ajust_rgb32", &S::strech_picture_1X2_yuy2_ajust_rgb32, w, h, 4 * w,
+        add_planar(g, "strech_picture_1X2_yuy2_ajust_rgb32", DISPCONV_KERNEL_strech_picture_1X2_yuy2_ajust_rgb32,
+                   &S::strech_picture_1X2_yuy2_ajust_rgb32, w, h, 4 * w,
                    yv12 + out);
     }
     {
@@ -112,22 +114,23 @@ void register_stretch(int w, int h) {
         const char* group;
         const char* name;
         FrameKernel S::*member;
+        dispconv_kernel id;
         int dst_stride_x2;  // destination row bytes per source pixel, times two
         double out_px;      // destination bytes per source pixel
     };
     const Job jobs[] = {
-        {"YV12 to YUY2 x1x2 filter", "strech_picture_1X2_yuy2_ajust", &S::strech_picture_1X2_yuy2_ajust, 4, 4},
-        {"YV12 to RGB24 x1x2", "strech_picture_1X2_yuy2_ajust_rgb24", &S::strech_picture_1X2_yuy2_ajust_rgb24, 6, 6},
-        {"YV12 to RGB565 x1x2", "strech_picture_1X2_yuy2_ajust_rgb16", &S::strech_picture_1X2_yuy2_ajust_rgb16, 4, 4},
-        {"YV12 to YUY2 x2x2", "strech_picture_2X2_yuy2", &S::strech_picture_2X2_yuy2, 8, 16},
-        {"YV12 to YUY2 x2x2", "strech_picture_2X2_yuy2_ajust", &S::strech_picture_2X2_yuy2_ajust, 8, 16},
-        {"YV12 to YV12 x2x2", "strech_picture_2X2_yv12_ajust", &S::strech_picture_2X2_yv12_ajust, 4, 6},
-        {"YV12 to YV12 x1x2", "strech_picture_1X2_yv12_ajust", &S::strech_picture_1X2_yv12_ajust, 2, 3},
+        {"YV12 to YUY2 x1x2 filter", "strech_picture_1X2_yuy2_ajust", &S::strech_picture_1X2_yuy2_ajust, DISPCONV_KERNEL_strech_picture_1X2_yuy2_ajust, 4, 4},
+        {"YV12 to RGB24 x1x2", "strech_picture_1X2_yuy2_ajust_rgb24", &S::strech_picture_1X2_yuy2_ajust_rgb24, DISPCONV_KERNEL_strech_picture_1X2_yuy2_ajust_rgb24, 6, 6},
+        {"YV12 to RGB565 x1x2", "strech_picture_1X2_yuy2_ajust_rgb16", &S::strech_picture_1X2_yuy2_ajust_rgb16, DISPCONV_KERNEL_strech_picture_1X2_yuy2_ajust_rgb16, 4, 4},
+        {"YV12 to YUY2 x2x2", "strech_picture_2X2_yuy2", &S::strech_picture_2X2_yuy2, DISPCONV_KERNEL_strech_picture_2X2_yuy2, 8, 16},
+        {"YV12 to YUY2 x2x2", "strech_picture_2X2_yuy2_ajust", &S::strech_picture_2X2_yuy2_ajust, DISPCONV_KERNEL_strech_picture_2X2_yuy2_ajust, 8, 16},
+        {"YV12 to YV12 x2x2", "strech_picture_2X2_yv12_ajust", &S::strech_picture_2X2_yv12_ajust, DISPCONV_KERNEL_strech_picture_2X2_yv12_ajust, 4, 6},
+        {"YV12 to YV12 x1x2", "strech_picture_1X2_yv12_ajust", &S::strech_picture_1X2_yv12_ajust, DISPCONV_KERNEL_strech_picture_1X2_yv12_ajust, 2, 3},
     };
     std::string last;
     for (const Job& j : jobs) {
         if (j.group != last) add_copy(j.group, w, h, j.out_px * px), last = j.group;
-        add_planar(j.group, j.name, j.member, w, h, w * j.dst_stride_x2 / 2, yv12 + j.out_px * px);
+        add_planar(j.group, j.name, j.id, j.member, w, h, w * j.dst_stride_x2 / 2, yv12 + j.out_px * px);
     }
 
     {
