@@ -83,9 +83,11 @@ DISPCONV_VECTOR_INLINE V mix_half_blocks(const MixRow& s, ptrdiff_t at, const Ad
     const ptrdiff_t half = at / 2;
     auto odd_chroma = [half](const uint8_t* p) {  // as words 0..3 of each lane
         if constexpr (RunStart) {
-            uint8_t b[8] = {};
-            std::memcpy(b + 1, p + half + 1, 7);
-            return srli_i16<8>(V::load_half(b));
+            // Bytes 1..7 put together in a register: bytes stored one by one and read back as
+            // a vector could not be forwarded, a stall at every row.
+            uint32_t lo, hi;
+            std::memcpy(&lo, p + half + 1, 4), std::memcpy(&hi, p + half + 4, 4);
+            return srli_i16<8>(V::set1_i64(int64_t(uint64_t(lo) << 8 | uint64_t(hi) << 32)));
         }
         return srli_i16<8>(V::load_half(p + half));
     };
