@@ -23,7 +23,8 @@ void add_frame_kernel(const std::string& group, const char* name, dispconv_kerne
     add_ours(group, name, w, h, bytes, [=, &f](const dispconv::KernelTable& t) -> std::function<void()> {
         FrameKernel k = t.load->*member;
         return [=, &f] {
-            k(packed_source ? f.yuy2.data() : f.y.data(), f.u.data(), f.v.data(), f.dst.data(), w, h, w, dst_stride, adjust.get());
+            k(packed_source ? f.yuy2.data() : f.y.data(), f.u.data(), f.v.data(), f.dst.data(), w, h, w, dst_stride,
+              adjust.get());
         };
     });
 }
@@ -42,29 +43,32 @@ void register_loads(int w, int h) {
         double in;
     };
     using L = dispconv::LoadKernels;
+    // One row of the table: the kernel named once.
+#define LOAD_JOB(group, kernel, ...) {group, #kernel, &L::kernel, DISPCONV_KERNEL_##kernel, __VA_ARGS__}
     const Job jobs[] = {
-        {"YV12 to RGB32", "loadimage_rgb32", &L::loadimage_rgb32, DISPCONV_KERNEL_loadimage_rgb32, false, 8, yv12},
-        {"YV12 to RGB32", "loadimage_rgb32_ajust", &L::loadimage_rgb32_ajust, DISPCONV_KERNEL_loadimage_rgb32_ajust, false, 8, yv12},
-        {"YV12 to RGB24", "loadimage_rgb24", &L::loadimage_rgb24, DISPCONV_KERNEL_loadimage_rgb24, false, 6, yv12},
-        {"YV12 to RGB24", "loadimage_rgb24_ajust", &L::loadimage_rgb24_ajust, DISPCONV_KERNEL_loadimage_rgb24_ajust, false, 6, yv12},
-        {"YV12 to RGB565", "loadimage_rgb16", &L::loadimage_rgb16, DISPCONV_KERNEL_loadimage_rgb16, false, 4, yv12},
-        {"YV12 to RGB565", "loadimage_rgb16_ajust", &L::loadimage_rgb16_ajust, DISPCONV_KERNEL_loadimage_rgb16_ajust, false, 4, yv12},
-        {"YV12 to YUY2", "loadimage_yuy2", &L::loadimage_yuy2, DISPCONV_KERNEL_loadimage_yuy2, false, 4, yv12},
-        {"YV12 to YUY2", "loadimage_yuy2_ajust", &L::loadimage_yuy2_ajust, DISPCONV_KERNEL_loadimage_yuy2_ajust, false, 4, yv12},
-        {"YV12 to YUY2 grey", "loadimage_yuy2_mono_ajust", &L::loadimage_yuy2_mono_ajust, DISPCONV_KERNEL_loadimage_yuy2_mono_ajust, false, 4, px},
-        {"YV12 to half YUY2", "loadimage_half_yuy2_ajust", &L::loadimage_half_yuy2_ajust, DISPCONV_KERNEL_loadimage_half_yuy2_ajust, false, 2, yv12},
-        {"YV12 to YV12", "loadimage_yv12", &L::loadimage_yv12, DISPCONV_KERNEL_loadimage_yv12, false, 3, yv12},
-        {"YV12 to YV12", "loadimage_yv12_ajust", &L::loadimage_yv12_ajust, DISPCONV_KERNEL_loadimage_yv12_ajust, false, 3, yv12},
-        {"YV12 to half YV12", "loadimage_half_yv12_ajust", &L::loadimage_half_yv12_ajust, DISPCONV_KERNEL_loadimage_half_yv12_ajust, false, 2, yv12},
-        {"YUY2 to RGB32", "LoadYUY2_RGB32", &L::LoadYUY2_RGB32, DISPCONV_KERNEL_LoadYUY2_RGB32, true, 8, yuy2},
-        {"YUY2 to RGB32", "LoadYUY2_RGB32_adjust", &L::LoadYUY2_RGB32_adjust, DISPCONV_KERNEL_LoadYUY2_RGB32_adjust, true, 8, yuy2},
-        {"YUY2 to RGB24", "LoadYUY2_RGB24", &L::LoadYUY2_RGB24, DISPCONV_KERNEL_LoadYUY2_RGB24, true, 6, yuy2},
-        {"YUY2 to RGB24", "LoadYUY2_RGB24_adjust", &L::LoadYUY2_RGB24_adjust, DISPCONV_KERNEL_LoadYUY2_RGB24_adjust, true, 6, yuy2},
-        {"YUY2 to RGB565", "LoadYUY2_RGB16", &L::LoadYUY2_RGB16, DISPCONV_KERNEL_LoadYUY2_RGB16, true, 4, yuy2},
-        {"YUY2 to RGB565", "LoadYUY2_RGB16_adjust", &L::LoadYUY2_RGB16_adjust, DISPCONV_KERNEL_LoadYUY2_RGB16_adjust, true, 4, yuy2},
-        {"YUY2 to YUY2", "LoadYUY2_YUY2", &L::LoadYUY2_YUY2, DISPCONV_KERNEL_LoadYUY2_YUY2, true, 4, yuy2},
-        {"YUY2 to YUY2", "LoadYUY2_YUY2_adjust", &L::LoadYUY2_YUY2_adjust, DISPCONV_KERNEL_LoadYUY2_YUY2_adjust, true, 4, yuy2},
+        LOAD_JOB("YV12 to RGB32", loadimage_rgb32, false, 8, yv12),
+        LOAD_JOB("YV12 to RGB32", loadimage_rgb32_ajust, false, 8, yv12),
+        LOAD_JOB("YV12 to RGB24", loadimage_rgb24, false, 6, yv12),
+        LOAD_JOB("YV12 to RGB24", loadimage_rgb24_ajust, false, 6, yv12),
+        LOAD_JOB("YV12 to RGB565", loadimage_rgb16, false, 4, yv12),
+        LOAD_JOB("YV12 to RGB565", loadimage_rgb16_ajust, false, 4, yv12),
+        LOAD_JOB("YV12 to YUY2", loadimage_yuy2, false, 4, yv12),
+        LOAD_JOB("YV12 to YUY2", loadimage_yuy2_ajust, false, 4, yv12),
+        LOAD_JOB("YV12 to YUY2 grey", loadimage_yuy2_mono_ajust, false, 4, px),
+        LOAD_JOB("YV12 to half YUY2", loadimage_half_yuy2_ajust, false, 2, yv12),
+        LOAD_JOB("YV12 to YV12", loadimage_yv12, false, 3, yv12),
+        LOAD_JOB("YV12 to YV12", loadimage_yv12_ajust, false, 3, yv12),
+        LOAD_JOB("YV12 to half YV12", loadimage_half_yv12_ajust, false, 2, yv12),
+        LOAD_JOB("YUY2 to RGB32", LoadYUY2_RGB32, true, 8, yuy2),
+        LOAD_JOB("YUY2 to RGB32", LoadYUY2_RGB32_adjust, true, 8, yuy2),
+        LOAD_JOB("YUY2 to RGB24", LoadYUY2_RGB24, true, 6, yuy2),
+        LOAD_JOB("YUY2 to RGB24", LoadYUY2_RGB24_adjust, true, 6, yuy2),
+        LOAD_JOB("YUY2 to RGB565", LoadYUY2_RGB16, true, 4, yuy2),
+        LOAD_JOB("YUY2 to RGB565", LoadYUY2_RGB16_adjust, true, 4, yuy2),
+        LOAD_JOB("YUY2 to YUY2", LoadYUY2_YUY2, true, 4, yuy2),
+        LOAD_JOB("YUY2 to YUY2", LoadYUY2_YUY2_adjust, true, 4, yuy2),
     };
+#undef LOAD_JOB
     std::string last;
     for (const Job& j : jobs) {
         const double out = px * j.out_x2 / 2;

@@ -80,7 +80,8 @@ void register_stretch(int w, int h) {
         });
         add_peer(g, "swscale bilinear", w, h, yv12 + out, [&f, w, h] { sws_tall(f, AV_PIX_FMT_YUYV422, 2, w, h); });
         add_copy(g, w, h, out);
-        add_planar(g, "strech_picture_1X2_yuy2", DISPCONV_KERNEL_strech_picture_1X2_yuy2, &S::strech_picture_1X2_yuy2, w, h, 2 * w, yv12 + out);
+        add_planar(g, "strech_picture_1X2_yuy2", DISPCONV_KERNEL_strech_picture_1X2_yuy2, &S::strech_picture_1X2_yuy2, w, h,
+                   2 * w, yv12 + out);
     }
     {
         const std::string g = "YV12 to RGB32 x1x2";
@@ -93,8 +94,7 @@ void register_stretch(int w, int h) {
         add_peer(g, "swscale bilinear", w, h, yv12 + out, [&f, w, h] { sws_tall(f, AV_PIX_FMT_BGRA, 4, w, h); });
         add_copy(g, w, h, out);
         add_planar(g, "strech_picture_1X2_yuy2_ajust_rgb32", DISPCONV_KERNEL_strech_picture_1X2_yuy2_ajust_rgb32,
-                   &S::strech_picture_1X2_yuy2_ajust_rgb32, w, h, 4 * w,
-                   yv12 + out);
+                   &S::strech_picture_1X2_yuy2_ajust_rgb32, w, h, 4 * w, yv12 + out);
     }
     {
         const std::string g = "Plane x2x2";
@@ -118,15 +118,18 @@ void register_stretch(int w, int h) {
         int dst_stride_x2;  // destination row bytes per source pixel, times two
         double out_px;      // destination bytes per source pixel
     };
+    // One row of the table: the kernel named once.
+#define STRETCH_JOB(group, kernel, ...) {group, #kernel, &S::kernel, DISPCONV_KERNEL_##kernel, __VA_ARGS__}
     const Job jobs[] = {
-        {"YV12 to YUY2 x1x2 filter", "strech_picture_1X2_yuy2_ajust", &S::strech_picture_1X2_yuy2_ajust, DISPCONV_KERNEL_strech_picture_1X2_yuy2_ajust, 4, 4},
-        {"YV12 to RGB24 x1x2", "strech_picture_1X2_yuy2_ajust_rgb24", &S::strech_picture_1X2_yuy2_ajust_rgb24, DISPCONV_KERNEL_strech_picture_1X2_yuy2_ajust_rgb24, 6, 6},
-        {"YV12 to RGB565 x1x2", "strech_picture_1X2_yuy2_ajust_rgb16", &S::strech_picture_1X2_yuy2_ajust_rgb16, DISPCONV_KERNEL_strech_picture_1X2_yuy2_ajust_rgb16, 4, 4},
-        {"YV12 to YUY2 x2x2", "strech_picture_2X2_yuy2", &S::strech_picture_2X2_yuy2, DISPCONV_KERNEL_strech_picture_2X2_yuy2, 8, 16},
-        {"YV12 to YUY2 x2x2", "strech_picture_2X2_yuy2_ajust", &S::strech_picture_2X2_yuy2_ajust, DISPCONV_KERNEL_strech_picture_2X2_yuy2_ajust, 8, 16},
-        {"YV12 to YV12 x2x2", "strech_picture_2X2_yv12_ajust", &S::strech_picture_2X2_yv12_ajust, DISPCONV_KERNEL_strech_picture_2X2_yv12_ajust, 4, 6},
-        {"YV12 to YV12 x1x2", "strech_picture_1X2_yv12_ajust", &S::strech_picture_1X2_yv12_ajust, DISPCONV_KERNEL_strech_picture_1X2_yv12_ajust, 2, 3},
+        STRETCH_JOB("YV12 to YUY2 x1x2 filter", strech_picture_1X2_yuy2_ajust, 4, 4),
+        STRETCH_JOB("YV12 to RGB24 x1x2", strech_picture_1X2_yuy2_ajust_rgb24, 6, 6),
+        STRETCH_JOB("YV12 to RGB565 x1x2", strech_picture_1X2_yuy2_ajust_rgb16, 4, 4),
+        STRETCH_JOB("YV12 to YUY2 x2x2", strech_picture_2X2_yuy2, 8, 16),
+        STRETCH_JOB("YV12 to YUY2 x2x2", strech_picture_2X2_yuy2_ajust, 8, 16),
+        STRETCH_JOB("YV12 to YV12 x2x2", strech_picture_2X2_yv12_ajust, 4, 6),
+        STRETCH_JOB("YV12 to YV12 x1x2", strech_picture_1X2_yv12_ajust, 2, 3),
     };
+#undef STRETCH_JOB
     std::string last;
     for (const Job& j : jobs) {
         if (j.group != last) add_copy(j.group, w, h, j.out_px * px), last = j.group;
