@@ -170,7 +170,7 @@ DISPCONV_VECTOR_INLINE Rgb24Parts<V> pack_rgb24(const RgbVec<V>& c) {
         const V q03 = x | slli_i64<48>(y);
         const V q14 = srli_i64<16>(y) | slli_i64<32>(z);
         const V q25 = srli_i64<32>(z) | slli_i64<16>(w);
-        return {unpacklo_u64(q03, q14), unpacklo_u64(q25, bsrli<8>(q03)), unpackhi_u64(q14, q25)};
+        return {unpacklo_u64(q03, q14), merge_u64(q25, q03), unpackhi_u64(q14, q25)};
     }
 }
 

@@ -197,6 +197,11 @@ inline Vec<16> blend_u8(Vec<16> a, Vec<16> b, Vec<16> mask) {
 #endif
 }
 
+// The low 64 bits of a under the high 64 bits of b, in one move (plain SSE2's RGB24 packing).
+inline Vec<16> merge_u64(Vec<16> a, Vec<16> b) {
+    return {_mm_castpd_si128(_mm_move_sd(_mm_castsi128_pd(b.r), _mm_castsi128_pd(a.r)))};
+}
+
 #if defined(__SSSE3__)
 // Bytes of each lane picked by the control's bytes (a negative control byte gives zero).
 inline Vec<16> shuffle_u8(Vec<16> a, Vec<16> control) { return {_mm_shuffle_epi8(a.r, control.r)}; }
