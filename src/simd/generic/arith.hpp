@@ -4,6 +4,7 @@
 // compute for its samples, so the bytes never depend on the width.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <type_traits>
 #include <utility>
@@ -292,9 +293,10 @@ struct HalfOf {
 // step.template operator()<W>(i) for blocks [i, i + W::lanes) of `blocks` 16-pixel blocks: one
 // block per 128-bit lane. Every block is run at some width, so no scalar rest.
 template <class V, class Step>
-[[gnu::always_inline]] inline void for_blocks(uint32_t blocks, Step&& step, uint32_t first = 0) {
-    uint32_t i = first;
-    for (; blocks - i >= uint32_t(V::lanes); i += V::lanes) step.template operator()<V>(i);
+[[gnu::always_inline]] inline void for_blocks(uint32_t blocks, Step&& step, size_t first = 0) {
+    // A 64-bit index: offsets from it need no zero extension at every use.
+    size_t i = first;
+    for (; blocks - i >= size_t(V::lanes); i += V::lanes) step.template operator()<V>(i);
     if constexpr (V::lanes > 1)
         if (i < blocks) for_blocks<typename HalfOf<V>::type>(blocks, step, i);
 }

@@ -21,7 +21,7 @@ struct VectorLoad : PortableLoad {
     template <class Adjust>
     static void yuy2_row_to_yuy2(const uint8_t* luma, const uint8_t* chroma, uint8_t* d, uint32_t units,
                                  const AdjustConstants& a) {
-        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
+        for_blocks<V>(units, [=]<class W>(size_t i) DISPCONV_VECTOR_STEP {
             const W c = W::load(chroma + 16 * i), y = W::load(luma + 16 * i), m = low_bytes_mask<W>();
             if constexpr (Adjust::enabled) {
                 const AdjustVec<W> l = adjust_vec<W>(a);
@@ -41,7 +41,7 @@ struct VectorLoad : PortableLoad {
                                    uint8_t* d0, uint8_t* d1, uint32_t units, const AdjustConstants& a,
                                    const Rgb16Layout& layout) {
         constexpr ptrdiff_t step = 16 * Format::bytes_per_pixel;
-        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
+        for_blocks<V>(units, [=]<class W>(size_t i) DISPCONV_VECTOR_STEP {
             const AdjustVec<W> l = adjust_vec<W>(a);
             const Rgb16Vec<W> lanes = rgb16_vec<W>(layout);
             const ChromaVec<W> c = planar_chroma_terms<Format, Adjust, W>(u + 8 * i, v + 8 * i, l);
@@ -56,7 +56,7 @@ struct VectorLoad : PortableLoad {
                                  const AdjustConstants& a, const Rgb16Layout& layout) {
         constexpr ptrdiff_t step = 16 * Format::bytes_per_pixel;
         constexpr int g = 2 * pixel_group<Format>;  // bytes of packed pixels per dealt group
-        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
+        for_blocks<V>(units, [=]<class W>(size_t i) DISPCONV_VECTOR_STEP {
             const AdjustVec<W> l = adjust_vec<W>(a);
             const Rgb16Vec<W> lanes = rgb16_vec<W>(layout);
             const W m = low_bytes_mask<W>();
@@ -86,7 +86,7 @@ struct VectorLoad : PortableLoad {
     // first 8 bytes of every unit are deliberately left unwritten.
     static void planar_pair_to_yuy2_gapped(const uint8_t* y0, const uint8_t* y1, const uint8_t* u, const uint8_t* v,
                                            uint8_t* d0, uint8_t* d1, uint32_t units) {
-        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
+        for_blocks<V>(units, [=]<class W>(size_t i) DISPCONV_VECTOR_STEP {
             const W uu = W::load_half(u + 8 * i), vv = W::load_half(v + 8 * i);
             W first, second;
             join_yuy2(W::load(y0 + 16 * i), uu, vv, first, second);
@@ -103,7 +103,7 @@ struct VectorLoad : PortableLoad {
     // One planar row to YUY2, every sample adjusted: 16 pixels a unit.
     static void planar_row_to_yuy2_adjusted(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* d,
                                             uint32_t units, const AdjustConstants& a) {
-        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
+        for_blocks<V>(units, [=]<class W>(size_t i) DISPCONV_VECTOR_STEP {
             const AdjustVec<W> l = adjust_vec<W>(a);
             W first, second;
             join_yuy2(adjust_bytes(W::load(y + 16 * i), l.luma_gain, l.luma_offset),
@@ -117,7 +117,7 @@ struct VectorLoad : PortableLoad {
     // pixels a unit.
     static void planar_pair_to_yuy2_adjusted(const uint8_t* y0, const uint8_t* y1, const uint8_t* u, const uint8_t* v,
                                              uint8_t* d0, uint8_t* d1, uint32_t units, const AdjustConstants& a) {
-        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
+        for_blocks<V>(units, [=]<class W>(size_t i) DISPCONV_VECTOR_STEP {
             const AdjustVec<W> l = adjust_vec<W>(a);
             const W uu = adjust_low_half(W::load_half(u + 8 * i), l.chroma_gain, l.u_offset);
             const W vv = adjust_low_half(W::load_half(v + 8 * i), l.chroma_gain, l.v_offset);
@@ -131,7 +131,7 @@ struct VectorLoad : PortableLoad {
 
     // One luma row to YUY2 with adjusted luma and every chroma byte 128: 16 pixels a unit.
     static void luma_row_to_grey_yuy2(const uint8_t* y, uint8_t* d, uint32_t units, const AdjustConstants& a) {
-        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
+        for_blocks<V>(units, [=]<class W>(size_t i) DISPCONV_VECTOR_STEP {
             const AdjustVec<W> l = adjust_vec<W>(a);
             const W ya = adjust_bytes(W::load(y + 16 * i), l.luma_gain, l.luma_offset), grey = W::set1_u8(128);
             store_block_pairs(d + 32 * i, unpacklo_u8(ya, grey), unpackhi_u8(ya, grey));
@@ -142,7 +142,7 @@ struct VectorLoad : PortableLoad {
     // reads 16 pixels and writes 8.
     static void planar_row_to_half_yuy2(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* d,
                                         uint32_t units, const AdjustConstants& a) {
-        for_blocks<V>(units, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
+        for_blocks<V>(units, [=]<class W>(size_t i) DISPCONV_VECTOR_STEP {
             const AdjustVec<W> l = adjust_vec<W>(a);
             const W z = W::zero();
             const W ya = packus_i16(adjust_words(pair_averages(W::load(y + 16 * i)), l.luma_gain, l.luma_offset), z);

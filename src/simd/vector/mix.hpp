@@ -112,7 +112,7 @@ struct VectorMix {
     static void mix_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, Store&& store) {
         const MixRow s = row;  // copies the stores cannot alias: the constants stay in registers
         const AdjustConstants k = a;
-        for_blocks<V>(blocks, [&]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
+        for_blocks<V>(blocks, [&]<class W>(size_t i) DISPCONV_VECTOR_STEP {
             const ptrdiff_t at = ptrdiff_t(i) * block;
             store(at, mix_blocks<PairAverage, W>(s, at), adjust_vec<W>(k));
         });
@@ -147,7 +147,7 @@ struct VectorMix {
         const MixRow s = row;
         const AdjustConstants k = a;
         Vec<16>::store(dst, mix_half_blocks<true>(s, 0, adjust_vec<Vec<16>>(k)));
-        for_blocks<V>(blocks, [&]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
+        for_blocks<V>(blocks, [&]<class W>(size_t i) DISPCONV_VECTOR_STEP {
             const ptrdiff_t at = ptrdiff_t(i) * block;
             W::store(dst + at, mix_half_blocks<false>(s, at, adjust_vec<W>(k)));
         }, 1);

@@ -161,8 +161,8 @@ struct VectorStretch : PortableStretch {
                                 const AdjustConstants& a, const Rgb16Layout& layout) {
         using namespace stretch_steps;
         constexpr int bpp = Format::bytes_per_pixel, group = pixel_group<Format>;
-        for_blocks<V>(uint32_t(pixels) / 16, [=]<class W>(uint32_t block) DISPCONV_VECTOR_STEP {
-            const int i = 16 * int(block);
+        for_blocks<V>(uint32_t(pixels) / 16, [=]<class W>(size_t block) DISPCONV_VECTOR_STEP {
+            const size_t i = 16 * block;
             const AdjustVec<W> l = adjust_vec<W>(a);
             const Rgb16Vec<W> lanes = rgb16_vec<W>(layout);
             auto luma = [&](const uint8_t* p) { return adjust_bytes(deal<group>(W::load(p + i)), l.luma_gain, l.luma_offset); };
@@ -240,8 +240,8 @@ struct VectorStretch : PortableStretch {
     // `pixels` a multiple of 16; the pixels dealt by 8 so that each interleave is a run.
     static void join_yuy2_averaged(const uint8_t* y0, const uint8_t* y1, const uint8_t* u0, const uint8_t* u1,
                                    const uint8_t* v0, const uint8_t* v1, uint8_t* dst, int pixels) {
-        for_blocks<V>(uint32_t(pixels) / 16, [=]<class W>(uint32_t block) DISPCONV_VECTOR_STEP {
-            const int p = 16 * int(block);
+        for_blocks<V>(uint32_t(pixels) / 16, [=]<class W>(size_t block) DISPCONV_VECTOR_STEP {
+            const size_t p = 16 * block;
             auto chroma = [&](const uint8_t* c0, const uint8_t* c1) {
                 return average_u8(W::template load_half_dealt<8>(c0 + p / 2), W::template load_half_dealt<8>(c1 + p / 2));
             };
@@ -257,7 +257,7 @@ struct VectorStretch : PortableStretch {
                                      const uint8_t* v0, const uint8_t* v1, uint8_t* dst, uint32_t blocks,
                                      const AdjustConstants& a) {
         const uint8_t* const rows[6] = {y0, y1, u0, u1, v0, v1};
-        for_blocks<V>(blocks - 1, [=]<class W>(uint32_t i) DISPCONV_VECTOR_STEP { double_size_blocks<W, adjusted, false>(rows, i, dst, a); });
+        for_blocks<V>(blocks - 1, [=]<class W>(size_t i) DISPCONV_VECTOR_STEP { double_size_blocks<W, adjusted, false>(rows, i, dst, a); });
         double_size_blocks<Vec<16>, adjusted, true>(rows, blocks - 1, dst, a);
     }
 

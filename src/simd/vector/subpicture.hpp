@@ -94,7 +94,7 @@ struct VectorSubpicture {
     static void rgb_row_to_subpicture(const uint8_t* src, uint32_t blocks, uint32_t key, uint8_t* y, uint8_t* u,
                                       uint8_t* v) {
         constexpr int bpp = Format::bytes_per_pixel;
-        for_blocks<V>(blocks, [&]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
+        for_blocks<V>(blocks, [&]<class W>(size_t i) DISPCONV_VECTOR_STEP {
             W q0, q1;
             const uint64_t keyed = expand_blocks<Format>(src + i * 8 * bpp, key, q0, q1);
             if (keyed == ~uint64_t(0) >> (64 - W::bytes)) return;
@@ -126,7 +126,7 @@ struct VectorSubpicture {
         const AdjustConstants k = a;
         const Rgb16Layout lay = layout;
         const uint8_t kb = key[0], kg = key[1], kr = key[2];
-        for_blocks<V>(blocks, [&]<class W>(uint32_t i) DISPCONV_VECTOR_STEP {
+        for_blocks<V>(blocks, [&]<class W>(size_t i) DISPCONV_VECTOR_STEP {
             W y = W::load(sub_y + 16 * i), u = W::load_half(sub_u + 8 * i), v = W::load_half(sub_v + 8 * i);
             if constexpr (Adjust::enabled) {
                 const AdjustVec<W> l = adjust_vec<W>(k);
