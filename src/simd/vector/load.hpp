@@ -59,7 +59,6 @@ struct VectorLoad : PortableLoad {
         for_blocks<V>(units, [=]<class W>(size_t i) DISPCONV_VECTOR_STEP {
             const AdjustVec<W> l = adjust_vec<W>(a);
             const Rgb16Vec<W> lanes = rgb16_vec<W>(layout);
-            const W m = low_bytes_mask<W>();
             W a0, b0, a1, b1;  // each lane's first and second 8 pixels, as (Y, chroma) words
             deal_pair<g>(W::load(s0 + 32 * i), W::load(s0 + 32 * i + W::bytes), a0, b0);
             deal_pair<g>(W::load(s1 + 32 * i), W::load(s1 + 32 * i + W::bytes), a1, b1);
@@ -77,8 +76,16 @@ struct VectorLoad : PortableLoad {
                 c = chroma_terms(adjusted_words<Adjust>(unpacklo_u8(p.u, z), l.chroma_gain, l.u_biased),
                                  adjusted_words<Adjust>(unpacklo_u8(p.v, z), l.chroma_gain, l.v_biased));
             }
-            store_luma_words<Format, Adjust>(d0 + i * step, a0 & m, b0 & m, c, l, lanes);
-            store_luma_words<Format, Adjust>(d1 + i * step, a1 & m, b1 & m, c, l, lanes);
+            if constexpr (has_byte_madd && !Adjust::enabled) {
+                // Each (Y, chroma) word's luma times four in one multiply-add of its bytes by (4, 0).
+                const W four = W::set1_i16(4);
+                store_rgb<Format>(d0 + i * step, luma4_words_to_rgb(madd_u8_i8(a0, four), madd_u8_i8(b0, four), c), lanes);
+                store_rgb<Format>(d1 + i * step, luma4_words_to_rgb(madd_u8_i8(a1, four), madd_u8_i8(b1, four), c), lanes);
+            } else {
+                const W m = low_bytes_mask<W>();
+                store_luma_words<Format, Adjust>(d0 + i * step, a0 & m, b0 & m, c, l, lanes);
+                store_luma_words<Format, Adjust>(d1 + i * step, a1 & m, b1 & m, c, l, lanes);
+            }
         });
     }
 
