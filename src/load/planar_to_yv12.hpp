@@ -134,7 +134,8 @@ void loadimage_half_yv12_ajust(void* src_y, void* src_u, void* src_v, void* dst_
     // Chroma rows: whole blocks of 16, then one block ending exactly at the row end.
     const int32_t chroma_width = width >> 1;
     const int32_t full_blocks = chroma_width / 16, tail = chroma_width % 16;
-    auto chroma_plane = [&](const uint8_t* s, uint8_t* d, int16_t offset) {
+    // Inlined, so the gain and offset are broadcast once per plane rather than once per row.
+    auto chroma_plane = [&](const uint8_t* s, uint8_t* d, int16_t offset) __attribute__((always_inline)) {
         for (uint32_t row = loop_count(height >> 1, 1); row--;
              s += src_stride >> 1, d += dst_stride >> 1) {
             V::keep_odd_adjusted(s, d, full_blocks * 8, a.chroma_gain, offset);
