@@ -18,7 +18,7 @@ void plane_strip_rows(const uint8_t* src, uint8_t* dst, int n, int32_t height, p
     uint8_t buf[2][2 * plane_strip];
     uint8_t *above = buf[0], *row = buf[1];
     auto doubled = [&](const uint8_t* s, uint8_t* out) {
-        V::double_run(s, last_strip ? s[n - 1] : s[n], out, n);
+        V::double_run(s, last_strip, out, n);
     };
     doubled(src, above);
     for (int32_t r = 0; r + 1 < height; ++r) {
@@ -49,7 +49,7 @@ void strech_pic_2X2(uint8_t* src, uint8_t* dst, int32_t width, int32_t height, i
             V::double_pair(src + r * sp, src + (r + 1) * sp, dst + 2 * r * dp, dst + (2 * r + 1) * dp, n);
         const uint8_t* last = src + (height > 1 ? height - 1 : 0) * sp;
         uint8_t* bottom = dst + (2 * ptrdiff_t(height) - 2) * dp;
-        V::double_run(last, last[n - 1], bottom, n);
+        V::double_run(last, true, bottom, n);
         // Deliberate: the ordinary strips repeat the bottom row one row below the picture and
         // leave row 2 * height - 1 as it was; only the last strip repeats it in place.
         const int ordinary_bytes = 2 * (n - plane_strip);

@@ -46,7 +46,9 @@ struct PortableStretch {
 
     // Horizontal doubling of n samples into 2n: each sample, then the rounded average of it
     // and its right neighbour. `next` is the neighbour of the last sample.
-    static void double_run(const uint8_t* src, uint8_t next, uint8_t* dst, int n) {
+    // The sample after the run is src[n], or the run's own last one when `edge`.
+    static void double_run(const uint8_t* src, bool edge, uint8_t* dst, int n) {
+        const uint8_t next = src[edge ? n - 1 : n];
         for (int i = 0; i + 1 < n; ++i) dst[2 * i] = src[i], dst[2 * i + 1] = avg_u8(src[i], src[i + 1]);
         if (n > 0) dst[2 * n - 2] = src[n - 1], dst[2 * n - 1] = avg_u8(src[n - 1], next);
     }
@@ -64,7 +66,7 @@ struct PortableStretch {
             uint8_t s[17];
             const int count = edge ? n : n + 1;
             for (int k = 0; k < count; ++k) s[k] = adjusted ? adjust_u8(src[k], gain, offset) : src[k];
-            double_run(s, edge ? s[n - 1] : s[n], out, n);
+            double_run(s, edge, out, n);
         };
         auto plane = [&](const uint8_t* r0, const uint8_t* r1, int n, bool edge, int16_t gain, int16_t offset, uint8_t* out) {
             doubled(r0, n, edge, gain, offset, out);
@@ -181,9 +183,9 @@ struct PortableStretch {
             PortableCore::adjust(u, u, c + 1, a.chroma_gain, a.u_offset);
             PortableCore::adjust(v, v, c + 1, a.chroma_gain, a.v_offset);
         }
-        double_run(y, y[n], dy, n);
-        double_run(u, u[c], du, c);
-        double_run(v, v[c], dv, c);
+        double_run(y, false, dy, n);
+        double_run(u, false, du, c);
+        double_run(v, false, dv, c);
         PortableCore::join_yuy2(dy, du, dv, out, 2 * n);
     }
 

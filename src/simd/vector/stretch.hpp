@@ -197,22 +197,25 @@ struct VectorStretch : PortableStretch {
         });
     }
 
-    // Reads src[0 .. n-1] only; the sample after the run comes in as `next`.
-    static void double_run(const uint8_t* src, uint8_t next, uint8_t* dst, int n) {
+    // Reads src[0 .. n] (src[0 .. n-1] when `edge`: the run's last sample then stands for the
+    // one after it).
+    static void double_run(const uint8_t* src, bool edge, uint8_t* dst, int n) {
         using namespace stretch_steps;
         for_bytes_then_last<V>(
             n, [=]<class W>(int i) DISPCONV_VECTOR_STEP { store_doubled(dst + 2 * i, doubled_at<W>(src + i)); },
             [&](int i) {
+                // The sample after the run is loaded as the top byte of a block (of its low half
+                // for 8): a broadcast from a general register would go through memory.
                 using H = Vec<16>;
-                const H after = H::set1_u8(next);
+                const int end = edge ? n - 1 : n;
                 if (n - i == 16) {
                     const H s = H::load(src + i);
-                    store_doubled(dst + 2 * i, Doubled<H>{s, average_u8(s, moved_down<false>(s, after))});
+                    store_doubled(dst + 2 * i, Doubled<H>{s, average_u8(s, moved_down<false>(s, H::load(src + end - 15)))});
                 } else if (n - i == 8) {
                     const H s = H::load_half(src + i);
-                    H::store(dst + 2 * i, unpacklo_u8(s, average_u8(s, moved_down<true>(s, after))));
+                    H::store(dst + 2 * i, unpacklo_u8(s, average_u8(s, moved_down<true>(s, H::load_half(src + end - 7)))));
                 } else {
-                    PortableStretch::double_run(src + i, next, dst + 2 * i, n - i);
+                    PortableStretch::double_run(src + i, edge, dst + 2 * i, n - i);
                 }
             });
     }
@@ -286,8 +289,8 @@ struct VectorStretch : PortableStretch {
     static void double_pair_end(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between, int n) {
         if (n <= 0) return;
         uint8_t h[32];
-        double_run(above, above[n - 1], copy, n);
-        double_run(below, below[n - 1], h, n);
+        double_run(above, true, copy, n);
+        double_run(below, true, h, n);
         // At most 32 bytes: 128-bit steps.
         for_bytes<Vec<16>>(2 * n, [=]<class W>(int i) DISPCONV_VECTOR_STEP { W::store(between + i, average_u8(W::load(copy + i), W::load(h + i))); },
                      [&](int i) { PortableCore::average(copy + i, h + i, between + i, 2 * n - i); });
