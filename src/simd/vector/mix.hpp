@@ -54,8 +54,9 @@ struct MixedWords {
     V y_lo, y_hi, u, v;
 };
 template <bool PairAverage, class V>
-DISPCONV_VECTOR_INLINE MixedWords<V> mix_blocks(const MixRow& s, ptrdiff_t at) {
-    const ptrdiff_t half = at / 2;
+DISPCONV_VECTOR_INLINE MixedWords<V> mix_blocks(const MixRow& s, size_t block) {
+    // Offsets scaled from the block index: the chroma one then needs no shift of the luma one.
+    const size_t at = 16 * block, half = 8 * block;
     auto chroma = [half](const uint8_t* p, const uint8_t* below) {  // as words
         V c = V::load_half_words(p + half);
         if (below) c = average_u16(c, V::load_half_words(below + half));
@@ -78,9 +79,9 @@ DISPCONV_VECTOR_INLINE MixedWords<V> mix_blocks(const MixRow& s, ptrdiff_t at) {
 // lane, each chroma pair weighted by the alpha of its second output pixel. A run's first block
 // leaves its first chroma byte unread: the kernel never uses it.
 template <bool RunStart, class V>
-DISPCONV_VECTOR_INLINE V mix_half_blocks(const MixRow& s, ptrdiff_t at, const AdjustVec<V>& l) {
+DISPCONV_VECTOR_INLINE V mix_half_blocks(const MixRow& s, size_t block, const AdjustVec<V>& l) {
     const V z = V::zero();
-    const ptrdiff_t half = at / 2;
+    const size_t at = 16 * block, half = 8 * block;
     auto odd_chroma = [half](const uint8_t* p) {  // as words 0..3 of each lane
         if constexpr (RunStart) {
             // Bytes 1..7 put together in a register: bytes stored one by one and read back as
@@ -113,8 +114,7 @@ struct VectorMix {
         const MixRow s = row;  // copies the stores cannot alias: the constants stay in registers
         const AdjustConstants k = a;
         for_blocks<V>(blocks, [&]<class W>(size_t i) DISPCONV_VECTOR_STEP {
-            const ptrdiff_t at = ptrdiff_t(i) * block;
-            store(at, mix_blocks<PairAverage, W>(s, at), adjust_vec<W>(k));
+            store(ptrdiff_t(i) * block, mix_blocks<PairAverage, W>(s, i), adjust_vec<W>(k));
         });
     }
 
@@ -148,8 +148,7 @@ struct VectorMix {
         const AdjustConstants k = a;
         Vec<16>::store(dst, mix_half_blocks<true>(s, 0, adjust_vec<Vec<16>>(k)));
         for_blocks<V>(blocks, [&]<class W>(size_t i) DISPCONV_VECTOR_STEP {
-            const ptrdiff_t at = ptrdiff_t(i) * block;
-            W::store(dst + at, mix_half_blocks<false>(s, at, adjust_vec<W>(k)));
+            W::store(dst + ptrdiff_t(i) * block, mix_half_blocks<false>(s, i, adjust_vec<W>(k)));
         }, 1);
     }
 
