@@ -51,6 +51,10 @@ DISPCONV_VECTOR_INLINE Doubled<W> doubled_at(const uint8_t* p) {
     const W s = deal<8>(W::load(p));
     return {s, average_u8(s, deal<8>(W::load(p + 1)))};
 }
+// A run's last 16 samples doubled, `after` holding the sample after them in its top byte.
+DISPCONV_VECTOR_INLINE Doubled<Vec<16>> doubled_last(Vec<16> s, Vec<16> after) {
+    return {s, average_u8(s, moved_down<false>(s, after))};
+}
 template <class W, class F>
 DISPCONV_VECTOR_INLINE void store_doubled(uint8_t* d, const Doubled<W>& x, F&& f) {
     W::store(d, f(unpacklo_u8(x.even, x.odd))), W::store(d + W::bytes, f(unpackhi_u8(x.even, x.odd)));
@@ -209,8 +213,7 @@ struct VectorStretch : PortableStretch {
                 using H = Vec<16>;
                 const int end = edge ? n - 1 : n;
                 if (n - i == 16) {
-                    const H s = H::load(src + i);
-                    store_doubled(dst + 2 * i, Doubled<H>{s, average_u8(s, moved_down<false>(s, H::load(src + end - 15)))});
+                    store_doubled(dst + 2 * i, doubled_last(H::load(src + i), H::load(src + end - 15)));
                 } else if (n - i == 8) {
                     const H s = H::load_half(src + i);
                     H::store(dst + 2 * i, unpacklo_u8(s, average_u8(s, moved_down<true>(s, H::load_half(src + end - 7)))));
@@ -287,6 +290,15 @@ struct VectorStretch : PortableStretch {
 
     // The last 1 to 16 samples of double_pair.
     static void double_pair_end(const uint8_t* above, const uint8_t* below, uint8_t* copy, uint8_t* between, int n) {
+        using namespace stretch_steps;
+        if (n == 16) {
+            // The usual end, in registers: each row's last sample is its own right neighbour.
+            const Vec<16> a = Vec<16>::load(above), b = Vec<16>::load(below);
+            const Doubled<Vec<16>> x = doubled_last(a, a), y = doubled_last(b, b);
+            store_doubled(copy, x);
+            store_doubled(between, average(x, y));
+            return;
+        }
         if (n <= 0) return;
         uint8_t h[32];
         double_run(above, true, copy, n);
