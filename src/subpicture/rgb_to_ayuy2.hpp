@@ -27,19 +27,24 @@ void rgb_to_ayuy2(MIX_INFO* info) {
     // Only moved, never dereferenced (callers may leave it null): moved as an address.
     uintptr_t opacity = reinterpret_cast<uintptr_t>(info->sub_opacity);
 
+    const uint32_t key = info->color_key;
     // Both counters are tested after counting down: width < 8 or height 0 run on (caller error;
-    // 0 blocks are 2^32, handed over as two halves).
+    // 0 blocks are 2^32, handed over as two halves). One call site, so that the row operation
+    // is inlined and its constants stay out of the row loop.
     const auto row = [&](const uint8_t* s, uint8_t* ry, uint8_t* ru, uint8_t* rv) {
-        if (blocks != 0) return V::template rgb_row_to_subpicture<Format>(s, blocks, info->color_key, ry, ru, rv);
-        // Unsigned offsets: on 32-bit targets the second half starts where the address space
-        // wraps. The count is kept from the optimiser, which would otherwise reason about a
-        // loop of 2^31 steps from a constant.
-        uint32_t half = 1u << 31;
-        asm("" : "+r"(half));
-        V::template rgb_row_to_subpicture<Format>(s, half, info->color_key, ry, ru, rv);
-        V::template rgb_row_to_subpicture<Format>(s + size_t(half) * block * bpp, half, info->color_key,
-                                                  ry + size_t(half) * block, ru + size_t(half) * (block / 2),
-                                                  rv + size_t(half) * (block / 2));
+        uint32_t n = blocks, parts = 1;
+        if (n == 0) {
+            // Unsigned offsets: on 32-bit targets the second half starts where the address
+            // space wraps. The count is kept from the optimiser, which would otherwise reason
+            // about a loop of 2^31 steps from a constant.
+            n = 1u << 31, parts = 2;
+            asm("" : "+r"(n));
+        }
+        for (uint32_t part = 0; part < parts; ++part) {
+            const size_t first = size_t(part) * n;
+            V::template rgb_row_to_subpicture<Format>(s + first * block * bpp, n, key, ry + first * block,
+                                                      ru + first * (block / 2), rv + first * (block / 2));
+        }
     };
     uint32_t rows = static_cast<uint32_t>(info->height);
     do {
