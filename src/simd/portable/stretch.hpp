@@ -45,8 +45,7 @@ struct PortableStretch {
     }
 
     // Horizontal doubling of n samples into 2n: each sample, then the rounded average of it
-    // and its right neighbour. `next` is the neighbour of the last sample.
-    // The sample after the run is src[n], or the run's own last one when `edge`.
+    // and its right neighbour. The last sample's neighbour is src[n], or itself when `edge`.
     static void double_run(const uint8_t* src, bool edge, uint8_t* dst, int n) {
         const uint8_t next = src[edge ? n - 1 : n];
         for (int i = 0; i + 1 < n; ++i) dst[2 * i] = src[i], dst[2 * i + 1] = avg_u8(src[i], src[i + 1]);
