@@ -17,10 +17,21 @@ struct AdjustConstants {
 // Adjustment on or off, fixed per instantiation so that plain kernels carry no adjust code.
 struct Plain {
     static constexpr bool enabled = false;
+    static constexpr bool small_gains = false;
 };
 struct Adjusted {
     static constexpr bool enabled = true;
+    static constexpr bool small_gains = false;
 };
+// Adjusted, with both gains known to be 0..257 (what callers use): a sample times the gain then
+// fits in 16 bits, which lets a vector set take the shifted product from one multiply.
+struct AdjustedSmallGains {
+    static constexpr bool enabled = true;
+    static constexpr bool small_gains = true;
+};
+inline bool small_gains(const AdjustConstants& a) {
+    return uint16_t(a.luma_gain) <= 257 && uint16_t(a.chroma_gain) <= 257;
+}
 
 // A snapshot of the current constants (all zero before the first get_contrast_data()).
 AdjustConstants load_adjust_constants();

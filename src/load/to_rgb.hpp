@@ -15,18 +15,25 @@ void frame_to_rgb(void* src_y, void* src_u, void* src_v, void* dst, int32_t widt
     if (!destination_layout<Format>(adjust, layout)) return;
     const AdjustConstants a = adjust_snapshot<Adjust>();
     constexpr int bpp = Format::bytes_per_pixel;
-    if constexpr (source == Source::planar) {
-        planar_row_pairs<bpp>(
-            src_y, src_u, src_v, dst, width, height, src_stride, dst_stride,
-            [&](const uint8_t* y0, const uint8_t* y1, const uint8_t* u, const uint8_t* v, uint8_t* d0, uint8_t* d1,
-                uint32_t n) { V::template planar_pair_to_rgb<Format, Adjust>(y0, y1, u, v, d0, d1, n, a, layout); });
-    } else {
-        constexpr int block = 16;  // pixels
-        packed_row_pairs<block, bpp>(src_y, dst, width, height, src_stride, dst_stride,
-                                     [&](const uint8_t* s0, const uint8_t* s1, uint8_t* d0, uint8_t* d1, uint32_t n) {
-                                         V::template yuy2_pair_to_rgb<Format, Adjust>(s0, s1, d0, d1, n, a, layout);
-                                     });
+    auto convert = [&]<class A>() {
+        if constexpr (source == Source::planar) {
+            planar_row_pairs<bpp>(
+                src_y, src_u, src_v, dst, width, height, src_stride, dst_stride,
+                [&](const uint8_t* y0, const uint8_t* y1, const uint8_t* u, const uint8_t* v, uint8_t* d0, uint8_t* d1,
+                    uint32_t n) { V::template planar_pair_to_rgb<Format, A>(y0, y1, u, v, d0, d1, n, a, layout); });
+        } else {
+            constexpr int block = 16;  // pixels
+            packed_row_pairs<block, bpp>(src_y, dst, width, height, src_stride, dst_stride,
+                                         [&](const uint8_t* s0, const uint8_t* s1, uint8_t* d0, uint8_t* d1, uint32_t n) {
+                                             V::template yuy2_pair_to_rgb<Format, A>(s0, s1, d0, d1, n, a, layout);
+                                         });
+        }
+    };
+    // The gains callers use (0..257) take a shorter adjustment; others keep the 16-bit wrap.
+    if constexpr (Adjust::enabled && V::small_gain_multiply) {
+        if (small_gains(a)) return convert.template operator()<AdjustedSmallGains>();
     }
+    convert.template operator()<Adjust>();
 }
 
 template <class V> constexpr auto loadimage_rgb32 = frame_to_rgb<V, Source::planar, Rgb32, Plain>;

@@ -5,9 +5,9 @@
 // overrides lack fails the build). None does today: each shared composite measured as fast as
 // the set-specific code it replaced; a set's own instructions come as optional primitives
 // instead (NEON's structure stores, doubling multiply and widening byte multiplies, x86's
-// byte-pair multiply-add), which the shared composites use where a set has them. Whole kernels
-// that a set runs no faster than the set below it fall back to that set's version in the
-// kernel tables (core/dispatch.cpp lists them).
+// byte-pair multiply-add and unsigned high multiply), which the shared composites use where a
+// set has them. Whole kernels that a set runs no faster than the set below it fall back to
+// that set's version in the kernel tables (core/dispatch.cpp lists them).
 #pragma once
 
 #include "simd/portable.hpp"

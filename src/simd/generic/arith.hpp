@@ -31,6 +31,7 @@ constexpr int16_t biased_offset(int16_t offset) {
 template <Vector V>
 struct AdjustVec {
     V luma_gain, chroma_gain, luma_offset, u_offset, v_offset;
+    V luma_gain4, chroma_gain4;  // for adjust_clamped_high
     V uv_offset;  // U and V offsets alternating, for chroma interleaved as in YUY2
     V luma_biased, u_biased, v_biased, uv_biased;  // the offsets biased for adjust_clamped
 };
@@ -39,7 +40,7 @@ DISPCONV_VECTOR_INLINE AdjustVec<V> adjust_vec(const AdjustConstants& a) {
     const V u = V::set1_i16(a.u_offset), v = V::set1_i16(a.v_offset);
     const V ub = V::set1_i16(biased_offset(a.u_offset)), vb = V::set1_i16(biased_offset(a.v_offset));
     return {V::set1_i16(a.luma_gain), V::set1_i16(a.chroma_gain), V::set1_i16(a.luma_offset), u, v,
-            unpacklo_u16(u, v), V::set1_i16(biased_offset(a.luma_offset)), ub, vb, unpacklo_u16(ub, vb)};
+            V::set1_i16(int16_t(4 * a.luma_gain)), V::set1_i16(int16_t(4 * a.chroma_gain)), unpacklo_u16(u, v), V::set1_i16(biased_offset(a.luma_offset)), ub, vb, unpacklo_u16(ub, vb)};
 }
 
 // Adjustment of words holding bytes: product kept to 16 bits, logical shift by 6, offset added
@@ -63,6 +64,13 @@ DISPCONV_VECTOR_INLINE V adjust_low_half(V bytes, V gain, V offset) {
 template <Vector V>
 DISPCONV_VECTOR_INLINE V adjust_clamped(V w, V gain, V biased) {
     return subs_u16(adds_i16(srli_i16<6>(mullo_i16(w, gain)), biased), V::set1_i16(clamp_bias));
+}
+// The same for a sample held in its word's high byte (the low byte zero), with gain4 four times
+// a gain of 0..257: the product then never wraps, so the high half of (sample << 8) * gain4 is
+// the shifted product, one multiply where the general form takes a multiply and a shift.
+template <Vector V>
+DISPCONV_VECTOR_INLINE V adjust_clamped_high(V w, V gain4, V biased) {
+    return subs_u16(adds_i16(mulhi_u16(w, gain4), biased), V::set1_i16(clamp_bias));
 }
 template <Vector V>
 DISPCONV_VECTOR_INLINE V low_bytes_mask() {

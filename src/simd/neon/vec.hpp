@@ -20,6 +20,8 @@ inline constexpr bool has_widening_byte_multiply = true;
 
 // Interleaving stores of two to four registers (ST3, ST4).
 inline constexpr bool has_structure_stores = true;
+// No one-instruction high half of an unsigned 16-bit product.
+inline constexpr bool has_mulhi_u16 = false;
 
 template <>
 struct Vec<16> {

@@ -8,6 +8,9 @@
 namespace dispconv::simd { namespace {
 
 struct PortableLoad {
+    // The reference adjusts every gain one way.
+    static constexpr bool small_gain_multiply = false;
+
     // Rounded averages of neighbouring pairs: dst[i] = avg(src[2i], src[2i + 1]).
     static void average_pairs(const uint8_t* src, uint8_t* dst, int out_count) {
         for (int i = 0; i < out_count; ++i) dst[i] = avg_u8(src[2 * i], src[2 * i + 1]);

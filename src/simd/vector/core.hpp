@@ -17,13 +17,39 @@ DISPCONV_VECTOR_INLINE V adjusted_words(V w, V gain, V biased) {
     else return w;
 }
 
-// One vector of pixels placed by deal<pixel_group<Format>>, lumas as words, converted and
-// stored: the luma half of every RGB-writing row operation.
+// Samples widened to words as Adjust takes them: with small gains in each word's high byte
+// (adjust_clamped_high), otherwise in its low byte. The first from each lane's low 8 bytes, the
+// second from its high 8, the third from the low byte of each word.
+template <class Adjust, class V>
+DISPCONV_VECTOR_INLINE V sample_words_lo(V bytes) {
+    if constexpr (Adjust::small_gains) return unpacklo_u8(V::zero(), bytes);
+    else return unpacklo_u8(bytes, V::zero());
+}
+template <class Adjust, class V>
+DISPCONV_VECTOR_INLINE V sample_words_hi(V bytes) {
+    if constexpr (Adjust::small_gains) return unpackhi_u8(V::zero(), bytes);
+    else return unpackhi_u8(bytes, V::zero());
+}
+template <class Adjust, class V>
+DISPCONV_VECTOR_INLINE V sample_words_even(V words) {
+    if constexpr (Adjust::small_gains) return slli_i16<8>(words);
+    else return words & low_bytes_mask<V>();
+}
+// Words from the sample_words helpers adjusted and clamped as Adjust says: lumas (Chroma false)
+// or chroma samples with the offset `biased`.
+template <class Adjust, bool Chroma = false, class V>
+DISPCONV_VECTOR_INLINE V adjusted_samples(V w, const AdjustVec<V>& l, V biased) {
+    if constexpr (Adjust::small_gains) return adjust_clamped_high(w, Chroma ? l.chroma_gain4 : l.luma_gain4, biased);
+    else return adjusted_words<Adjust>(w, Chroma ? l.chroma_gain : l.luma_gain, biased);
+}
+
+// One vector of pixels placed by deal<pixel_group<Format>>, lumas as words from the
+// sample_words helpers, converted and stored: the luma half of every RGB-writing row operation.
 template <class Format, class Adjust, class V>
 DISPCONV_VECTOR_INLINE void store_luma_words(uint8_t* d, V y_lo, V y_hi, const ChromaVec<V>& c, const AdjustVec<V>& l,
                       const Rgb16Vec<V>& layout) {
-    store_rgb<Format>(d, luma_words_to_rgb(adjusted_words<Adjust>(y_lo, l.luma_gain, l.luma_biased),
-                                           adjusted_words<Adjust>(y_hi, l.luma_gain, l.luma_biased), c),
+    store_rgb<Format>(d, luma_words_to_rgb(adjusted_samples<Adjust>(y_lo, l, l.luma_biased),
+                                           adjusted_samples<Adjust>(y_hi, l, l.luma_biased), c),
                       layout);
 }
 
@@ -51,8 +77,8 @@ DISPCONV_VECTOR_INLINE ChromaVec<V> planar_chroma_terms(const uint8_t* u, const 
 template <class Format, class Adjust, class V>
 DISPCONV_VECTOR_INLINE void store_planar_rgb(uint8_t* d, const uint8_t* y, const ChromaVec<V>& c, const AdjustVec<V>& l,
                       const Rgb16Vec<V>& layout) {
-    const V z = V::zero(), dealt = deal<pixel_group<Format>>(V::load(y));
-    store_luma_words<Format, Adjust>(d, unpacklo_u8(dealt, z), unpackhi_u8(dealt, z), c, l, layout);
+    const V dealt = deal<pixel_group<Format>>(V::load(y));
+    store_luma_words<Format, Adjust>(d, sample_words_lo<Adjust>(dealt), sample_words_hi<Adjust>(dealt), c, l, layout);
 }
 
 template <class V>

@@ -41,6 +41,9 @@ DISPCONV_VECTOR_INLINE void store_yuy2_adjusted(const uint8_t* y, W uv, const Ad
 
 template <class V>
 struct VectorLoad : PortableLoad {
+    // Whether the frame loaders take adjust_clamped_high when the gains allow it.
+    static constexpr bool small_gain_multiply = has_mulhi_u16;
+
     // One YUY2 row from the luma of one source row and the chroma of another: 8 pixels a unit.
     template <class Adjust>
     static void yuy2_row_to_yuy2(const uint8_t* luma, const uint8_t* chroma, uint8_t* d, uint32_t units,
@@ -96,9 +99,8 @@ struct VectorLoad : PortableLoad {
             } else {
                 // Adjusted once per chroma sample, not once per pixel.
                 const Yuy2Planes<W> p = split_yuy2(a0, b0);
-                const W z = W::zero();
-                c = chroma_terms(adjusted_words<Adjust>(unpacklo_u8(p.u, z), l.chroma_gain, l.u_biased),
-                                 adjusted_words<Adjust>(unpacklo_u8(p.v, z), l.chroma_gain, l.v_biased));
+                c = chroma_terms(adjusted_samples<Adjust, true>(sample_words_lo<Adjust>(p.u), l, l.u_biased),
+                                 adjusted_samples<Adjust, true>(sample_words_lo<Adjust>(p.v), l, l.v_biased));
             }
             if constexpr (has_byte_madd && !Adjust::enabled) {
                 // Each (Y, chroma) word's luma times four in one multiply-add of its bytes by (4, 0).
@@ -106,9 +108,8 @@ struct VectorLoad : PortableLoad {
                 store_rgb<Format>(d0 + i * step, luma4_words_to_rgb(madd_u8_i8(a0, four), madd_u8_i8(b0, four), c), lanes);
                 store_rgb<Format>(d1 + i * step, luma4_words_to_rgb(madd_u8_i8(a1, four), madd_u8_i8(b1, four), c), lanes);
             } else {
-                const W m = low_bytes_mask<W>();
-                store_luma_words<Format, Adjust>(d0 + i * step, a0 & m, b0 & m, c, l, lanes);
-                store_luma_words<Format, Adjust>(d1 + i * step, a1 & m, b1 & m, c, l, lanes);
+                store_luma_words<Format, Adjust>(d0 + i * step, sample_words_even<Adjust>(a0), sample_words_even<Adjust>(b0), c, l, lanes);
+                store_luma_words<Format, Adjust>(d1 + i * step, sample_words_even<Adjust>(a1), sample_words_even<Adjust>(b1), c, l, lanes);
             }
         });
     }

@@ -29,6 +29,8 @@ inline constexpr bool has_byte_shuffle = false;
 
 // No stores that interleave several registers byte by byte (NEON has them).
 inline constexpr bool has_structure_stores = false;
+// The high half of an unsigned 16-bit product in one instruction (NEON takes three).
+inline constexpr bool has_mulhi_u16 = true;
 
 // Which of the W / 2 chroma bytes pixel word w (0..7) of half `half` of lane `lane` takes when
 // W lumas are placed as deal<G> places them (lanes: W / 16).
@@ -89,6 +91,7 @@ constexpr int pixel_chroma_index(int G, int lanes, int lane, int half, int w) {
     inline Vec<W> subs_u16(Vec<W> a, Vec<W> b) { return {P##subs_epu16(a.r, b.r)}; }                   \
     inline Vec<W> mullo_i16(Vec<W> a, Vec<W> b) { return {P##mullo_epi16(a.r, b.r)}; }                 \
     inline Vec<W> mulhi_i16(Vec<W> a, Vec<W> b) { return {P##mulhi_epi16(a.r, b.r)}; }                 \
+    inline Vec<W> mulhi_u16(Vec<W> a, Vec<W> b) { return {P##mulhi_epu16(a.r, b.r)}; }                 \
     inline Vec<W> average_u16(Vec<W> a, Vec<W> b) { return {P##avg_epu16(a.r, b.r)}; }                     \
     inline Vec<W> min_i16(Vec<W> a, Vec<W> b) { return {P##min_epi16(a.r, b.r)}; }                     \
     inline Vec<W> max_i16(Vec<W> a, Vec<W> b) { return {P##max_epi16(a.r, b.r)}; }                     \
