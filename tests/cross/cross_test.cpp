@@ -24,14 +24,14 @@ struct CrossCase {
     bool any_alpha = false;  // opacity bytes 0..255 instead of 0..16
 };
 
-// Adjust settings the cases cycle through: neutral, ordinary, products that wrap, offsets at the
-// ends of the 16-bit range (where the sums saturate), offsets that only the largest products
-// bring back into 0..255.
+// Adjust settings the cases cycle through: neutral, ordinary, products that wrap (one gain just
+// past 257, the other not), offsets at the ends of the 16-bit range (where the sums saturate),
+// offsets that only the largest products bring back into 0..255.
 ajust_contrast_info cross_settings(uint32_t i) {
     static const ajust_contrast_info presets[] = {settings(), settings(90, 40, -12, 30, 70),
-                                                  settings(300, 258, 200, -300, 5), settings(0, 127, 32767, -32768, -1),
+                                                  settings(258, 60, 200, -300, 5), settings(0, 127, 32767, -32768, -1),
                                                   settings(64, 64, 32767, 32767, -32768), settings(257, 1, -32768, 255, 32767),
-                                                  settings(1023, 1001, -1000, -1023, 254)};
+                                                  settings(1023, 1001, -1000, -1023, 254), settings(60, 258, 7, 3, -9)};
     return presets[i % std::size(presets)];
 }
 
