@@ -22,6 +22,8 @@ inline constexpr bool has_widening_byte_multiply = true;
 inline constexpr bool has_structure_stores = true;
 // No one-instruction high half of an unsigned 16-bit product.
 inline constexpr bool has_mulhi_u16 = false;
+// One loop for both rows of a pair: a pass per row would execute about a third more instructions.
+inline constexpr bool pairs_in_row_passes = false;
 
 template <>
 struct Vec<16> {

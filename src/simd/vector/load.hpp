@@ -118,18 +118,33 @@ struct VectorLoad : PortableLoad {
     // first 8 bytes of every unit are deliberately left unwritten.
     static void planar_pair_to_yuy2_gapped(const uint8_t* y0, const uint8_t* y1, const uint8_t* u, const uint8_t* v,
                                            uint8_t* d0, uint8_t* d1, uint32_t units) {
-        for_blocks<V>(units, [=]<class W>(size_t i) DISPCONV_VECTOR_STEP {
-            const W uu = W::load_half(u + 8 * i), vv = W::load_half(v + 8 * i);
-            W first, second;
-            join_yuy2(W::load(y0 + 16 * i), uu, vv, first, second);
-            store_block_pairs(d0 + 32 * i, first, second);
-            join_yuy2(W::load(y1 + 16 * i), uu, vv, first, second);
+        // Row 0 whole, row 1 with its gaps, from the unit's chroma interleaved.
+        const auto full = [=]<class W>(size_t i, W uv) DISPCONV_VECTOR_STEP {
+            const W y = W::load(y0 + 16 * i);
+            store_block_pairs(d0 + 32 * i, unpacklo_u8(y, uv), unpackhi_u8(y, uv));
+        };
+        const auto gapped = [=]<class W>(size_t i, W uv) DISPCONV_VECTOR_STEP {
+            const W y = W::load(y1 + 16 * i), first = unpacklo_u8(y, uv), second = unpackhi_u8(y, uv);
             for_lanes<W>([&]<int k>() DISPCONV_VECTOR_STEP {
                 uint8_t* block = d1 + 32 * (i + k);
                 store_low_halves(block + 8, bsrli<8>(lane<k>(first)));
                 Vec<16>::store(block + 16, lane<k>(second));
             });
-        });
+        };
+        const auto chroma = [=]<class W>(size_t i) DISPCONV_VECTOR_STEP {
+            return unpacklo_u8(W::load_half(u + 8 * i), W::load_half(v + 8 * i));
+        };
+        // A pass per row reads the chroma twice (from cache).
+        if constexpr (pairs_in_row_passes && V::lanes <= 2) {
+            for_blocks<V>(units, [=]<class W>(size_t i) DISPCONV_VECTOR_STEP { full(i, chroma.template operator()<W>(i)); });
+            for_blocks<V>(units, [=]<class W>(size_t i) DISPCONV_VECTOR_STEP { gapped(i, chroma.template operator()<W>(i)); });
+        } else {
+            for_blocks<V>(units, [=]<class W>(size_t i) DISPCONV_VECTOR_STEP {
+                const W uv = chroma.template operator()<W>(i);
+                full(i, uv);
+                gapped(i, uv);
+            });
+        }
     }
 
     // One planar row to YUY2, every sample adjusted: 16 pixels a unit.
