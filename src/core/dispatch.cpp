@@ -109,34 +109,28 @@ KernelTable avx512_table() {
 // Built on first use rather than as globals, so that a kernel called during static
 // initialisation (before this file's globals would be set up) still finds its table.
 const KernelTable* built_table(Isa isa) {
-#define DISPCONV_TABLE_CASE(isa)                              \
-    case Isa::isa: {                                          \
-        static const KernelTable table = DISPCONV_ISA_TABLE(isa); \
-        return &table;                                        \
+#define DISPCONV_TABLE_CASE(isa, make)     \
+    case Isa::isa: {                       \
+        static const KernelTable table = make; \
+        return &table;                     \
     }
     switch (isa) {
-        DISPCONV_TABLE_CASE(portable)
+        DISPCONV_TABLE_CASE(portable, DISPCONV_ISA_TABLE(portable))
 #if defined(DISPCONV_HAVE_SSE2)
-        DISPCONV_TABLE_CASE(sse2)
+        DISPCONV_TABLE_CASE(sse2, DISPCONV_ISA_TABLE(sse2))
 #endif
 #if defined(DISPCONV_HAVE_AVX2) && defined(DISPCONV_HAVE_SSE2)
-        case Isa::avx2: {
-            static const KernelTable table = avx2_table();
-            return &table;
-        }
+        DISPCONV_TABLE_CASE(avx2, avx2_table())
 #elif defined(DISPCONV_HAVE_AVX2)
-        DISPCONV_TABLE_CASE(avx2)
+        DISPCONV_TABLE_CASE(avx2, DISPCONV_ISA_TABLE(avx2))
 #endif
 #if defined(DISPCONV_HAVE_AVX512) && defined(DISPCONV_HAVE_AVX2)
-        case Isa::avx512: {
-            static const KernelTable table = avx512_table();
-            return &table;
-        }
+        DISPCONV_TABLE_CASE(avx512, avx512_table())
 #elif defined(DISPCONV_HAVE_AVX512)
-        DISPCONV_TABLE_CASE(avx512)
+        DISPCONV_TABLE_CASE(avx512, DISPCONV_ISA_TABLE(avx512))
 #endif
 #if defined(DISPCONV_HAVE_NEON)
-        DISPCONV_TABLE_CASE(neon)
+        DISPCONV_TABLE_CASE(neon, DISPCONV_ISA_TABLE(neon))
 #endif
         default:
             return nullptr;
