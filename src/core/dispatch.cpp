@@ -70,7 +70,7 @@ template <auto... Kernels, class Family>
 #if defined(DISPCONV_HAVE_AVX2) && defined(DISPCONV_HAVE_SSE2)
 // The AVX2 table. The YV12 to YUY2 loader ran 3-5% faster at 720x480 on SSE2 than on AVX2
 // (dispconv_bench, three runs; the same at 1920x1080, where memory bounds both): it only
-// interleaves and stores, and 128-bit steps store its gapped odd rows with fewer shuffles.
+// interleaves and stores, and the 256-bit steps add lane moves without saving time.
 KernelTable avx2_table() {
     static const LoadKernels load = taking<&LoadKernels::loadimage_yuy2>(*load_kernels_avx2(), load_kernels_sse2());
     return {Isa::avx2, &load, stretch_kernels_avx2(), subpicture_kernels_avx2(), mix_kernels_avx2()};
@@ -78,7 +78,6 @@ KernelTable avx2_table() {
 #endif
 
 #if defined(DISPCONV_HAVE_AVX512) && defined(DISPCONV_HAVE_AVX2)
-
 // The AVX-512 table. The kernels listed here measured no faster on AVX-512 than on AVX2, or
 // slower at one of the two sizes (dispconv_bench --isa=avx2,avx512 at 720x480 and 1920x1080,
 // three runs): mostly copies and fills that memory bounds, and a few row walks that were 10-25%
