@@ -40,7 +40,8 @@ DISPCONV_VECTOR_INLINE AdjustVec<V> adjust_vec(const AdjustConstants& a) {
     const V u = V::set1_i16(a.u_offset), v = V::set1_i16(a.v_offset);
     const V ub = V::set1_i16(biased_offset(a.u_offset)), vb = V::set1_i16(biased_offset(a.v_offset));
     return {V::set1_i16(a.luma_gain), V::set1_i16(a.chroma_gain), V::set1_i16(a.luma_offset), u, v,
-            V::set1_i16(int16_t(4 * a.luma_gain)), V::set1_i16(int16_t(4 * a.chroma_gain)), unpacklo_u16(u, v), V::set1_i16(biased_offset(a.luma_offset)), ub, vb, unpacklo_u16(ub, vb)};
+            V::set1_i16(int16_t(4 * a.luma_gain)), V::set1_i16(int16_t(4 * a.chroma_gain)), unpacklo_u16(u, v),
+            V::set1_i16(biased_offset(a.luma_offset)), ub, vb, unpacklo_u16(ub, vb)};
 }
 
 // Adjustment of words holding bytes: product kept to 16 bits, logical shift by 6, offset added
