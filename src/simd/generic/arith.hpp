@@ -118,6 +118,31 @@ DISPCONV_VECTOR_INLINE ChromaVec<V> pixel_chroma_words(V u_lo, V u_hi, V v_lo, V
             mulhi_scaled_i16<2>(cv_lo, rv), mulhi_scaled_i16<2>(cv_hi, rv)};
 }
 
+// From 16 packed YUY2 pixels per lane as (Y, chroma) words (a: each lane's first 8, b: the
+// rest), with a byte multiply-add: the chroma bytes' top bit flipped makes them signed c - 128,
+// and one multiply-add by (0, k) bytes takes each pair's scaled U and V into alternate words, so
+// one high multiply gives both of a pair's terms. The two green terms are summed by a word
+// multiply-add by ones; shuffles repeat each pair's terms for both its pixels. Each product is
+// the one chroma_terms takes, so the terms are the same.
+template <Vector V>
+DISPCONV_VECTOR_INLINE ChromaVec<V> packed_chroma_terms(V a, V b) {
+    static constexpr LaneTable low = lane_table([](int k) { return 4 * (k / 4) + k % 2; });
+    static constexpr LaneTable high = lane_table([](int k) { return 4 * (k / 4) + 2 + k % 2; });
+    const V flip = V::set1_u8(0x80), ones = V::set1_i16(1);
+    const V green_scale = V::set1_i32(0x02000100), green_k = V::set1_i32(25625 | 26641 << 16);  // cu, 2cv
+    const V bu_rv_scale = V::set1_i32(0x04000800), bu_rv_k = V::set1_i32(16532 | 26149 << 16);  // 8cu, 4cv
+    auto terms = [&](V x, V& g, V& bu, V& rv) {
+        const V c = x ^ flip;
+        g = shuffle_u8(madd_i16(mulhi_i16(madd_u8_i8(green_scale, c), green_k), ones), V::template table<low>());
+        const V t = mulhi_i16(madd_u8_i8(bu_rv_scale, c), bu_rv_k);
+        bu = shuffle_u8(t, V::template table<low>()), rv = shuffle_u8(t, V::template table<high>());
+    };
+    ChromaVec<V> c;
+    terms(a, c.g_lo, c.bu_lo, c.rv_lo);
+    terms(b, c.g_hi, c.bu_hi, c.rv_hi);
+    return c;
+}
+
 template <Vector V>
 struct RgbVec {
     V r, g, b;

@@ -90,7 +90,9 @@ struct VectorLoad : PortableLoad {
             deal_pair<g>(W::load(s0 + 32 * i), W::load(s0 + 32 * i + W::bytes), a0, b0);
             deal_pair<g>(W::load(s1 + 32 * i), W::load(s1 + 32 * i + W::bytes), a1, b1);
             ChromaVec<W> c;
-            if constexpr (has_byte_shuffle && !Adjust::enabled) {
+            if constexpr (has_byte_madd && !Adjust::enabled) {
+                c = packed_chroma_terms(a0, b0);
+            } else if constexpr (has_byte_shuffle && !Adjust::enabled) {
                 // Each pixel's U (bytes 1, 5, 9, 13 of each lane) and V (3, 7, 11, 15) as words.
                 static constexpr LaneTable us = lane_table([](int k) { return k & 1 ? -1 : 1 + 4 * (k / 4); });
                 static constexpr LaneTable vs = lane_table([](int k) { return k & 1 ? -1 : 3 + 4 * (k / 4); });
