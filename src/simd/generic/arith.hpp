@@ -32,6 +32,7 @@ template <Vector V>
 struct AdjustVec {
     V luma_gain, chroma_gain, luma_offset, u_offset, v_offset;
     V luma_gain4, chroma_gain4;  // for adjust_clamped_high
+    V luma_gain64, chroma_gain64;  // the same for samples held as sixteen times the byte
     V uv_offset;  // U and V offsets alternating, for chroma interleaved as in YUY2
     V luma_biased, u_biased, v_biased, uv_biased;  // the offsets biased for adjust_clamped
 };
@@ -40,7 +41,8 @@ DISPCONV_VECTOR_INLINE AdjustVec<V> adjust_vec(const AdjustConstants& a) {
     const V u = V::set1_i16(a.u_offset), v = V::set1_i16(a.v_offset);
     const V ub = V::set1_i16(biased_offset(a.u_offset)), vb = V::set1_i16(biased_offset(a.v_offset));
     return {V::set1_i16(a.luma_gain), V::set1_i16(a.chroma_gain), V::set1_i16(a.luma_offset), u, v,
-            V::set1_i16(int16_t(4 * a.luma_gain)), V::set1_i16(int16_t(4 * a.chroma_gain)), unpacklo_u16(u, v),
+            V::set1_i16(int16_t(4 * a.luma_gain)), V::set1_i16(int16_t(4 * a.chroma_gain)),
+            V::set1_i16(int16_t(64 * a.luma_gain)), V::set1_i16(int16_t(64 * a.chroma_gain)), unpacklo_u16(u, v),
             V::set1_i16(biased_offset(a.luma_offset)), ub, vb, unpacklo_u16(ub, vb)};
 }
 
@@ -68,7 +70,8 @@ DISPCONV_VECTOR_INLINE V adjust_clamped(V w, V gain, V biased) {
 }
 // The same for a sample held in its word's high byte (the low byte zero), with gain4 four times
 // a gain of 0..257: the product then never wraps, so the high half of (sample << 8) * gain4 is
-// the shifted product, one multiply where the general form takes a multiply and a shift.
+// the shifted product, one multiply where the general form takes a multiply and a shift. A
+// sample held as sixteen times itself takes 64 times the gain instead.
 template <Vector V>
 DISPCONV_VECTOR_INLINE V adjust_clamped_high(V w, V gain4, V biased) {
     return subs_u16(adds_i16(mulhi_u16(w, gain4), biased), V::set1_i16(clamp_bias));

@@ -22,46 +22,26 @@ DISPCONV_VECTOR_INLINE V mix_bytes(V frame, V sub, V weight) {
                       mix_words(unpackhi_u8(frame, z), unpackhi_u8(sub, z), unpackhi_u8(weight, z)));
 }
 
-// 16 lumas per lane blended, as words: lo each lane's first 8, hi the rest. With every opacity
-// inside its range 0..16 nothing can wrap or saturate, and byte multiplies into words (one
-// multiply-add of (frame, sub) pairs by (16 - a, a), or two widening multiplies) give what the
-// word steps give; other opacities take those steps.
-template <class V>
-DISPCONV_VECTOR_INLINE void mix_luma_words(V f, V s, V a, V& lo, V& hi) {
-    if constexpr (has_byte_madd || has_widening_byte_multiply) {
-        const V sixteen = V::set1_u8(16);
-        if (!any_above_u8(a, sixteen)) {
-            const V rest = subs_u8(sixteen, a);
-            if constexpr (has_byte_madd) {
-                lo = srli_i16<4>(madd_u8_i8(unpacklo_u8(f, s), unpacklo_u8(rest, a)));
-                hi = srli_i16<4>(madd_u8_i8(unpackhi_u8(f, s), unpackhi_u8(rest, a)));
-            } else {
-                lo = srli_i16<4>(add_i16(mul_widen_lo_u8(f, rest), mul_widen_lo_u8(s, a)));
-                hi = srli_i16<4>(add_i16(mul_widen_hi_u8(f, rest), mul_widen_hi_u8(s, a)));
-            }
-            return;
-        }
-    }
-    const V z = V::zero();
-    lo = mixed_words(unpacklo_u8(f, z), unpacklo_u8(s, z), unpacklo_u8(a, z));
-    hi = mixed_words(unpackhi_u8(f, z), unpackhi_u8(s, z), unpackhi_u8(a, z));
+// The blend's sum of products t = 16 * blend + remainder in the form MixedWords holds: the
+// blended byte, or (Sixteenths) sixteen times it, which the small-gain adjustment takes in one
+// unsigned high multiply.
+template <bool Sixteenths, class V>
+DISPCONV_VECTOR_INLINE V blend_form(V t) {
+    if constexpr (Sixteenths) return t & V::set1_i16(int16_t(0xFFF0));
+    else return srli_i16<4>(t);
 }
 
-// A block per lane mixed, as words: y_lo each lane's first 8 lumas, y_hi the rest, u and v
-// the block's 8 chroma pairs. Adjusting is left to the store, which knows what it needs.
+// A block per lane mixed, as words (see blend_form): y_lo each lane's first 8 lumas, y_hi the
+// rest, u and v the block's 8 chroma pairs. Adjusting is left to the store, which knows what it
+// needs.
 template <class V>
 struct MixedWords {
     V y_lo, y_hi, u, v;
 };
-template <bool PairAverage, class V>
+template <bool PairAverage, bool Sixteenths, class V>
 DISPCONV_VECTOR_INLINE MixedWords<V> mix_blocks(const MixRow& s, size_t block) {
     // Offsets scaled from the block index: the chroma one then needs no shift of the luma one.
     const size_t at = 16 * block, half = 8 * block;
-    auto chroma = [half](const uint8_t* p, const uint8_t* below) {  // as words
-        V c = V::load_half_words(p + half);
-        if (below) c = average_u16(c, V::load_half_words(below + half));
-        return c;
-    };
     V fy = V::load(s.frame_y + at);
     if (s.frame_y_below) fy = average_u8(fy, V::load(s.frame_y_below + at));
     const V alpha = V::load(s.alpha + at), sy = V::load(s.sub_y + at);
@@ -69,9 +49,51 @@ DISPCONV_VECTOR_INLINE MixedWords<V> mix_blocks(const MixRow& s, size_t block) {
     const V odd = srli_i16<8>(alpha);
     const V w = PairAverage ? average_u16(alpha & low_bytes_mask<V>(), odd) : odd;
     MixedWords<V> m;
-    mix_luma_words(fy, sy, alpha, m.y_lo, m.y_hi);
-    m.u = mixed_words(chroma(s.frame_u, s.frame_u_below), chroma(s.sub_u, nullptr), w);
-    m.v = mixed_words(chroma(s.frame_v, s.frame_v_below), chroma(s.sub_v, nullptr), w);
+    bool luma_done = false;
+    // With every opacity inside its range 0..16 nothing can wrap or saturate, and byte
+    // multiplies into words (one multiply-add of (frame, sub) pairs by (16 - a, a), or two
+    // widening multiplies) give what the word steps give; other opacities take those steps.
+    if constexpr (has_byte_madd || has_widening_byte_multiply) {
+        const V sixteen = V::set1_u8(16);
+        if (!any_above_u8(alpha, sixteen)) {
+            const V rest = subs_u8(sixteen, alpha);
+            if constexpr (has_byte_madd) {
+                m.y_lo = blend_form<Sixteenths>(madd_u8_i8(unpacklo_u8(fy, sy), unpacklo_u8(rest, alpha)));
+                m.y_hi = blend_form<Sixteenths>(madd_u8_i8(unpackhi_u8(fy, sy), unpackhi_u8(rest, alpha)));
+                // The chroma the same way, each pair's weights as the bytes (16 - w, w) of 255 w + 16.
+                const V weights = add_i16(mullo_i16(w, V::set1_i16(255)), V::set1_i16(16));
+                auto chroma = [&](const uint8_t* p, const uint8_t* below, const uint8_t* sub) {
+                    V c = V::load_half(p + half);
+                    if (below) c = average_u8(c, V::load_half(below + half));
+                    return blend_form<Sixteenths>(madd_u8_i8(unpacklo_u8(c, V::load_half(sub + half)), weights));
+                };
+                m.u = chroma(s.frame_u, s.frame_u_below, s.sub_u);
+                m.v = chroma(s.frame_v, s.frame_v_below, s.sub_v);
+                return m;
+            } else {
+                m.y_lo = blend_form<Sixteenths>(add_i16(mul_widen_lo_u8(fy, rest), mul_widen_lo_u8(sy, alpha)));
+                m.y_hi = blend_form<Sixteenths>(add_i16(mul_widen_hi_u8(fy, rest), mul_widen_hi_u8(sy, alpha)));
+                luma_done = true;
+            }
+        }
+    }
+    // The word steps.
+    auto mixed = [](V f, V sub, V weight) {
+        const V b = mixed_words(f, sub, weight);
+        return Sixteenths ? slli_i16<4>(b) : b;
+    };
+    if (!luma_done) {
+        const V z = V::zero();
+        m.y_lo = mixed(unpacklo_u8(fy, z), unpacklo_u8(sy, z), unpacklo_u8(alpha, z));
+        m.y_hi = mixed(unpackhi_u8(fy, z), unpackhi_u8(sy, z), unpackhi_u8(alpha, z));
+    }
+    auto chroma = [half](const uint8_t* p, const uint8_t* below) {  // as words
+        V c = V::load_half_words(p + half);
+        if (below) c = average_u16(c, V::load_half_words(below + half));
+        return c;
+    };
+    m.u = mixed(chroma(s.frame_u, s.frame_u_below), chroma(s.sub_u, nullptr), w);
+    m.v = mixed(chroma(s.frame_v, s.frame_v_below), chroma(s.sub_v, nullptr), w);
     return m;
 }
 
@@ -109,18 +131,18 @@ struct VectorMix {
 
     // One row of `blocks` blocks mixed, each step's blocks handed to
     // store(first pixel, MixedWords, AdjustVec) to be adjusted and stored.
-    template <bool PairAverage, class Store>
+    template <bool PairAverage, bool Sixteenths, class Store>
     static void mix_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, Store&& store) {
         const MixRow s = row;  // copies the stores cannot alias: the constants stay in registers
         const AdjustConstants k = a;
         for_blocks<V>(blocks, [&]<class W>(size_t i) DISPCONV_VECTOR_STEP {
-            store(ptrdiff_t(i) * block, mix_blocks<PairAverage, W>(s, i), adjust_vec<W>(k));
+            store(ptrdiff_t(i) * block, mix_blocks<PairAverage, Sixteenths, W>(s, i), adjust_vec<W>(k));
         });
     }
 
     // One row into YUY2, odd-pixel chroma weights.
     static void mix_yuy2_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, uint8_t* dst) {
-        mix_run<false>(row, blocks, a, [dst]<class W>(ptrdiff_t at, const MixedWords<W>& m, const AdjustVec<W>& l) DISPCONV_VECTOR_STEP {
+        mix_run<false, false>(row, blocks, a, [dst]<class W>(ptrdiff_t at, const MixedWords<W>& m, const AdjustVec<W>& l) DISPCONV_VECTOR_STEP {
             const W y = packus_i16(adjust_words(m.y_lo, l.luma_gain, l.luma_offset), adjust_words(m.y_hi, l.luma_gain, l.luma_offset));
             const W uv = packus_i16(adjust_words(m.u, l.chroma_gain, l.u_offset), adjust_words(m.v, l.chroma_gain, l.v_offset));
             W first, second;
@@ -130,16 +152,28 @@ struct VectorMix {
     }
 
     // One row into an RGB format: the mixed samples adjusted and clamped as words, converted.
+    // The gains callers use (0..257) take the blend as sixteenths into a shorter adjustment.
     template <class Format, bool PairAverage>
     static void mix_rgb_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, const Rgb16Layout& layout,
                             uint8_t* dst) {
         const Rgb16Layout lay = layout;
-        mix_run<PairAverage>(row, blocks, a, [dst, &lay]<class W>(ptrdiff_t at, const MixedWords<W>& m, const AdjustVec<W>& l) DISPCONV_VECTOR_STEP {
-            const ChromaVec<W> c = chroma_terms(adjust_clamped(m.u, l.chroma_gain, l.u_biased), adjust_clamped(m.v, l.chroma_gain, l.v_biased));
-            const RgbVec<W> rgb = luma_words_to_rgb(adjust_clamped(m.y_lo, l.luma_gain, l.luma_biased),
-                                                    adjust_clamped(m.y_hi, l.luma_gain, l.luma_biased), c);
-            store_rgb_blocks<Format>(dst + at * Format::bytes_per_pixel, rgb, rgb16_vec<W>(lay));
-        });
+        auto run = [&]<bool Sixteenths>() {
+            mix_run<PairAverage, Sixteenths>(row, blocks, a, [dst, &lay]<class W>(ptrdiff_t at, const MixedWords<W>& m, const AdjustVec<W>& l) DISPCONV_VECTOR_STEP {
+                auto adjusted = [](W x, W gain, W gain64, W biased) {
+                    if constexpr (Sixteenths) return adjust_clamped_high(x, gain64, biased);
+                    else return adjust_clamped(x, gain, biased);
+                };
+                const ChromaVec<W> c = chroma_terms(adjusted(m.u, l.chroma_gain, l.chroma_gain64, l.u_biased),
+                                                    adjusted(m.v, l.chroma_gain, l.chroma_gain64, l.v_biased));
+                const RgbVec<W> rgb = luma_words_to_rgb(adjusted(m.y_lo, l.luma_gain, l.luma_gain64, l.luma_biased),
+                                                        adjusted(m.y_hi, l.luma_gain, l.luma_gain64, l.luma_biased), c);
+                store_rgb_blocks<Format>(dst + at * Format::bytes_per_pixel, rgb, rgb16_vec<W>(lay));
+            });
+        };
+        if constexpr (has_byte_madd && has_mulhi_u16) {
+            if (small_gains(a)) return run.template operator()<true>();
+        }
+        run.template operator()<false>();
     }
 
     // One row into half-width YUY2 (8 pixels out of 16).
