@@ -135,8 +135,9 @@ struct VectorMix {
     static void mix_run(const MixRow& row, uint32_t blocks, const AdjustConstants& a, Store&& store) {
         const MixRow s = row;  // copies the stores cannot alias: the constants stay in registers
         const AdjustConstants k = a;
+        const Store put = store;  // and the store's own captures (its destination)
         for_blocks<V>(blocks, [&]<class W>(size_t i) DISPCONV_VECTOR_STEP {
-            store(ptrdiff_t(i) * block, mix_blocks<PairAverage, Sixteenths, W>(s, i), adjust_vec<W>(k));
+            put(ptrdiff_t(i) * block, mix_blocks<PairAverage, Sixteenths, W>(s, i), adjust_vec<W>(k));
         });
     }
 
