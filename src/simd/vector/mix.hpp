@@ -77,7 +77,8 @@ DISPCONV_VECTOR_INLINE MixedWords<V> mix_blocks(const MixRow& s, size_t block) {
             }
         }
     }
-    // The word steps.
+    // Otherwise the word steps: for every block that has an opacity out of range, and for the
+    // chroma on a set without the byte multiply-add.
     auto mixed = [](V f, V sub, V weight) {
         const V b = mixed_words(f, sub, weight);
         return Sixteenths ? slli_i16<4>(b) : b;
@@ -171,6 +172,7 @@ struct VectorMix {
                 store_rgb_blocks<Format>(dst + at * Format::bytes_per_pixel, rgb, rgb16_vec<W>(lay));
             });
         };
+        // Without the byte multiply-add the blend would take a shift more, what the adjustment saves.
         if constexpr (has_byte_madd && has_mulhi_u16) {
             if (small_gains(a)) return run.template operator()<true>();
         }
