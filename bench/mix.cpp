@@ -86,6 +86,7 @@ void register_mix(int w, int h) {
         if (j.group != last) {
             if (j.peer) add_blend_peer(j.group, w, h, bytes, j.peer == 1);
             add_copy(j.group, w, h, out);
+            add_traffic(j.group, w, h, (j.field ? frame_in / 2 : frame_in) + sub_in, out);
             last = j.group;
         }
         Frame& f = frame(w, h);
