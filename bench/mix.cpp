@@ -82,11 +82,11 @@ void register_mix(int w, int h) {
     };
     std::string last;
     for (const Job& j : jobs) {
-        const double out = px * j.out_x2 / 2, bytes = (j.field ? frame_in / 2 : frame_in) + sub_in + out;
+        const double out = px * j.out_x2 / 2, in = (j.field ? frame_in / 2 : frame_in) + sub_in, bytes = in + out;
         if (j.group != last) {
             if (j.peer) add_blend_peer(j.group, w, h, bytes, j.peer == 1);
             add_copy(j.group, w, h, out);
-            add_traffic(j.group, w, h, (j.field ? frame_in / 2 : frame_in) + sub_in, out);
+            add_traffic(j.group, w, h, in, out);
             last = j.group;
         }
         Frame& f = frame(w, h);
