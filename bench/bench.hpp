@@ -10,6 +10,11 @@
 
 #include "core/kernel_table.hpp"
 
+extern "C" {
+#include <libavutil/pixfmt.h>
+#include <libswscale/swscale.h>
+}
+
 namespace bench {
 
 // 64-byte aligned scratch memory with room for every kernel's overruns.
@@ -72,5 +77,10 @@ extern ajust_contrast_info settings;
 
 // Registers the peers of a group: libyuv and swscale operations by name (peers.cpp).
 void add_peers(const std::string& group, int width, int height, double bytes);
+
+// A swscale context for one conversion and size, made on first use and kept to the end, as a
+// player keeps its own (peers.cpp).
+SwsContext* sws_context(int from_width, int from_height, AVPixelFormat from, int width, int height, AVPixelFormat to,
+                        int flags);
 
 }  // namespace bench

@@ -1,13 +1,18 @@
 // dispconv benchmark: each kernel on every instruction set this CPU has (or those --isa=LIST
-// names), beside the closest
-// operation of libyuv and swscale and memcpy of the same output bytes, single thread, at
-// 720x480 and 1920x1080. Ends with a table of ratios (the fastest of the repetitions).
+// names), beside the closest operation of libyuv and swscale and memcpy of the same output
+// bytes, single thread, at 720x480 and 1920x1080 (or the sizes --size=WxH,... names). Ends with
+// a table of ratios (the fastest of the repetitions).
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #if defined(__x86_64__) || defined(__i386__)
 #include <immintrin.h>
@@ -171,23 +176,63 @@ void print_summary(const SummaryReporter& rep) {
 }  // namespace
 }  // namespace bench
 
-int main(int argc, char** argv) {
-    // --isa=portable,avx2 measures only those sets (default: every set this CPU runs).
-    std::string wanted;
+namespace {
+
+// The value of --NAME=VALUE, taken out of argv so that the benchmark library does not see it.
+std::optional<std::string> take_option(int& argc, char** argv, const char* name) {
+    const std::string prefix = std::string("--") + name + "=";
     for (int i = 1; i < argc; ++i)
-        if (std::strncmp(argv[i], "--isa=", 6) == 0) {
-            wanted = std::string(",") + (argv[i] + 6) + ",";
+        if (std::strncmp(argv[i], prefix.c_str(), prefix.size()) == 0) {
+            std::string value = argv[i] + prefix.size();
             std::copy(argv + i + 1, argv + argc + 1, argv + i);
             --argc;
-            break;
+            return value;
         }
+    return std::nullopt;
+}
+
+// "720x480,1920x1080" as sizes; a malformed size stops the program, and so does one that some
+// kernel's contract refuses (widths in sixteens, mixers on interlaced frames heights in fours,
+// the edge-directed stretch at least 10 rows): called outside it, a kernel may write past the
+// frame buffers. The one kernel that wants widths in 32s runs with a note, as at 720x480.
+std::vector<std::pair<int, int>> parse_sizes(const std::string& list) {
+    std::vector<std::pair<int, int>> sizes;
+    size_t at = 0;
+    while (at <= list.size()) {
+        const size_t end = std::min(list.find(',', at), list.size());
+        const std::string item = list.substr(at, end - at);
+        int w = 0, h = 0;
+        char rest = 0;
+        if (std::sscanf(item.c_str(), "%dx%d%c", &w, &h, &rest) != 2 || w < 32 || w > 16384 || w % 16 != 0 || h < 12 ||
+            h > 16384 || h % 4 != 0) {
+            std::fprintf(stderr,
+                         "dispconv_bench: --size wants WIDTHxHEIGHT[,...], the width a multiple of 16 from 32 to 16384 and "
+                         "the height a multiple of 4 from 12 to 16384, not '%s'\n",
+                         item.c_str());
+            std::exit(2);
+        }
+        sizes.emplace_back(w, h);
+        at = end + 1;
+    }
+    return sizes;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // --isa=portable,avx2 measures only those sets (default: every set this CPU runs).
+    const std::optional<std::string> isa_list = take_option(argc, argv, "isa");
+    const std::string wanted = isa_list ? "," + *isa_list + "," : "";
+    // --size=1280x720,3840x2160 measures at those frame sizes instead of the two standard ones.
+    const std::optional<std::string> size_list = take_option(argc, argv, "size");
+    const auto sizes = size_list ? parse_sizes(*size_list) : std::vector<std::pair<int, int>>{{720, 480}, {1920, 1080}};
     for (const dispconv::IsaName& n : dispconv::isa_names) {
         const bool listed = wanted.empty() || wanted.find(std::string(",") + n.name + ",") != std::string::npos;
         if (listed && (n.bit == 0 || (dispconv_isa_available() & n.bit))) bench::measured_sets.push_back(n.bit);
         else if (listed && !wanted.empty()) std::fprintf(stderr, "--isa: %s is not available here\n", n.name);
     }
     get_contrast_data(&bench::settings);
-    for (auto [w, h] : {std::pair{720, 480}, std::pair{1920, 1080}}) {
+    for (auto [w, h] : sizes) {
         bench::register_loads(w, h);
         bench::register_stretch(w, h);
         bench::register_subpicture(w, h);

@@ -6,6 +6,7 @@ extern "C" {
 #include <libyuv.h>
 
 #include <map>
+#include <tuple>
 
 #include "bench.hpp"
 
@@ -17,14 +18,9 @@ struct SwsJob {
     int from_width, from_height;  // the source size when swscale also scales
 };
 
-// A swscale context per job and size, reused across iterations as a player would.
 SwsContext* context(const SwsJob& j, int width, int height) {
-    static std::map<std::tuple<int, int, int, int, int, int>, SwsContext*> cache;
-    const auto key = std::make_tuple(int(j.from), int(j.to), j.from_width, j.from_height, width, height);
-    auto& ctx = cache[key];
     const int flags = j.from_width == width && j.from_height == height ? SWS_POINT : SWS_BILINEAR;
-    if (!ctx) ctx = sws_getContext(j.from_width, j.from_height, j.from, width, height, j.to, flags, nullptr, nullptr, nullptr);
-    return ctx;
+    return sws_context(j.from_width, j.from_height, j.from, width, height, j.to, flags);
 }
 
 void sws_run(const SwsJob& j, Frame& f, int width, int height) {
@@ -45,6 +41,19 @@ void sws_run(const SwsJob& j, Frame& f, int width, int height) {
 }
 
 }  // namespace
+
+SwsContext* sws_context(int from_width, int from_height, AVPixelFormat from, int width, int height, AVPixelFormat to,
+                        int flags) {
+    // Freed at exit: the leak checker reports them otherwise.
+    static struct Cache : std::map<std::tuple<int, int, int, int, int, int, int>, SwsContext*> {
+        ~Cache() {
+            for (auto& entry : *this) sws_freeContext(entry.second);
+        }
+    } cache;
+    SwsContext*& ctx = cache[{from_width, from_height, int(from), width, height, int(to), flags}];
+    if (!ctx) ctx = sws_getContext(from_width, from_height, from, width, height, to, flags, nullptr, nullptr, nullptr);
+    return ctx;
+}
 
 void add_peers(const std::string& group, int w, int h, double bytes) {
     Frame& f = frame(w, h);

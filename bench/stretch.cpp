@@ -38,9 +38,7 @@ void scale_to_tall(Frame& f, Tall& t, int w, int h) {
 
 // swscale's bilinear scaler from YV12 to `to` at (w, 2h); the context is made once per job.
 void sws_tall(Frame& f, AVPixelFormat to, int bytes_per_pixel, int w, int h) {
-    static std::map<std::tuple<int, int, int>, SwsContext*> cache;
-    SwsContext*& ctx = cache[{int(to), w, h}];
-    if (!ctx) ctx = sws_getContext(w, h, AV_PIX_FMT_YUV420P, w, 2 * h, to, SWS_BILINEAR, nullptr, nullptr, nullptr);
+    SwsContext* ctx = sws_context(w, h, AV_PIX_FMT_YUV420P, w, 2 * h, to, SWS_BILINEAR);
     const uint8_t* planes[4] = {f.y.data(), f.u.data(), f.v.data(), nullptr};
     const int strides[4] = {w, w / 2, w / 2, 0};
     uint8_t* out[4] = {f.dst.data(), nullptr, nullptr, nullptr};
